@@ -1,0 +1,47 @@
+// The library's own memcpy, memmove, memset and memcmp. The compiler may emit
+// calls to these for aggregate copies and recognised loops; defining them here,
+// hidden, keeps libKorvex.so free of imports from the C library. This file is
+// built with -fno-builtin so that the loops below are not turned back into
+// calls to themselves.
+#include <stddef.h>
+#include <stdint.h>
+
+#define KX_HIDDEN extern "C" __attribute__((visibility("hidden")))
+
+KX_HIDDEN void* memcpy(void* dst, const void* src, size_t n) {
+    unsigned char* d = static_cast<unsigned char*>(dst);
+    const unsigned char* s = static_cast<const unsigned char*>(src);
+    for (; n >= 8; n -= 8, d += 8, s += 8) {
+        uint64_t v;
+        __builtin_memcpy(&v, s, 8);
+        __builtin_memcpy(d, &v, 8);
+    }
+    for (; n; --n) *d++ = *s++;
+    return dst;
+}
+
+KX_HIDDEN void* memmove(void* dst, const void* src, size_t n) {
+    unsigned char* d = static_cast<unsigned char*>(dst);
+    const unsigned char* s = static_cast<const unsigned char*>(src);
+    if (d == s || n == 0) return dst;
+    if (d < s || d >= s + n) {
+        for (size_t i = 0; i < n; ++i) d[i] = s[i];
+    } else {
+        for (size_t i = n; i-- > 0;) d[i] = s[i];
+    }
+    return dst;
+}
+
+KX_HIDDEN void* memset(void* dst, int c, size_t n) {
+    unsigned char* d = static_cast<unsigned char*>(dst);
+    for (; n; --n) *d++ = static_cast<unsigned char>(c);
+    return dst;
+}
+
+KX_HIDDEN int memcmp(const void* a, const void* b, size_t n) {
+    const unsigned char* x = static_cast<const unsigned char*>(a);
+    const unsigned char* y = static_cast<const unsigned char*>(b);
+    for (; n; --n, ++x, ++y)
+        if (*x != *y) return *x < *y ? -1 : 1;
+    return 0;
+}

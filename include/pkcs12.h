@@ -1,0 +1,6 @@
+#ifndef KORVEX_PKCS12_H
+#define KORVEX_PKCS12_H
+
+#include "korvex_types.h"
+
+#endif
