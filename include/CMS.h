@@ -106,4 +106,17 @@ KORVEX_API unsigned int CMS_SignedData_check_hash(unsigned char* signedAttrs, un
                                                   unsigned char* digest, unsigned int digestLen,
                                                   unsigned char* cert, type_uN<64>* signature);
 
+// CMS AuthenticatedData around the PKCS#15 content (SEQUENCE { OID, [0] {
+// OCTET STRING } }, len octets already lying at out, moved up in place): one
+// KEK recipient carrying the random MAC key, HMAC over the authenticated
+// attributes, digest of the content. GOST R 34.11-94 / CryptoPro-A, or
+// GOST R 34.11-2012 512-bit / param-Z for _2012. Returns the size (also with
+// null out); 0 on a malformed content or generator failure.
+KORVEX_API unsigned int CMS_AuthenticatedData_pkcs15_create(unsigned char* content, unsigned int len,
+                                                            type_uN<32>* kek, unsigned int reserved,
+                                                            unsigned char* out);
+KORVEX_API unsigned int CMS_AuthenticatedData_pkcs15_create_2012(unsigned char* content, unsigned int len,
+                                                                 type_uN<32>* kek, unsigned int reserved,
+                                                                 unsigned char* out);
+
 #endif
