@@ -1,0 +1,56 @@
+// GOST 28147-89 cipher feedback mode. A trailing partial block is enciphered
+// with the next gamma block in both directions.
+#include "GOST_28147_89.h"
+#include "cipher/gost89_core.h"
+
+namespace kx {
+
+void gost89_cfb(unsigned char* data, size_t len, const Gost89Key& k, const Gost89Table& t, uint64_t* s,
+                bool decrypt) {
+    uint64_t v = *s;
+    if (decrypt) {
+        for (; len >= 8; len -= 8, data += 8) {
+            const uint64_t y = load64(data);
+            store64(data, y ^ gost89_encrypt(v, k, t));
+            v = y;
+        }
+    } else {
+        for (; len >= 8; len -= 8, data += 8) {
+            v = load64(data) ^ gost89_encrypt(v, k, t);
+            store64(data, v);
+        }
+    }
+    if (len) {
+        unsigned char g[8];
+        store64(g, gost89_encrypt(v, k, t));
+        xor_into(data, g, len);
+        wipe(g, sizeof g);
+    }
+    *s = v;
+}
+
+}  // namespace kx
+
+using namespace kx;
+
+namespace {
+
+void cfb(unsigned char* data, unsigned int len, type_uN<32>* key, type_u64* synchro, unsigned char sbox, bool decrypt) {
+    if (len == 0) return;
+    Gost89Key k = gost89_key(key);
+    uint64_t s = gost89_block_or_zero(synchro);
+    gost89_cfb(data, len, k, gost89_table(sbox), &s, decrypt);
+    gost89_wipe(k);
+}
+
+}  // namespace
+
+KORVEX_API void GOST_28147_89_Z_CFB(unsigned char* data, unsigned int len, type_uN<32>* key, type_u64* synchro,
+                                    unsigned char sbox) {
+    cfb(data, len, key, synchro, sbox, false);
+}
+
+KORVEX_API void GOST_28147_89_R_CFB(unsigned char* data, unsigned int len, type_uN<32>* key, type_u64* synchro,
+                                    unsigned char sbox) {
+    cfb(data, len, key, synchro, sbox, true);
+}
