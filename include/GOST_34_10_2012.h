@@ -136,4 +136,9 @@ KORVEX_API void GOST_34_10_2012_VKO_512(type_uN<64>* out, type_uN<64>* ukm, type
 // (its own inverse).
 KORVEX_API void GOST_34_10_2012_rotate_DS_TC26(type_uN<128>* sig);
 
+// RFC 7836 VKO on the 256-bit curves of GOST R 34.10-2001 (selector as there):
+// out = GOST R 34.11-2012 (256) of (ukm * d mod q) * Q; a null ukm means 1.
+KORVEX_API void GOST_34_10_2012_VKO_256(type_uN<32>* out, unsigned long long* ukm, type_uN<32>* d, type_uN<64>* Q,
+                                        unsigned char set);
+
 #endif
