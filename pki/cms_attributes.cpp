@@ -1,0 +1,201 @@
+// Signed and unsigned attributes of a CMS signer (RFC 5652 5.3, 11): the
+// attribute text format, the SET OF order used by this library, and the
+// signer block holding [0] signed attributes, the signature and [1] unsigned
+// attributes.
+#include "ASN1.h"
+#include "Base64.h"
+#include "CMS.h"
+#include "encoding/bytes.h"
+#include "pki/cms_templates.h"
+#include "pki/der_walk.h"
+
+namespace kx {
+namespace pki {
+namespace {
+
+constexpr unsigned char kItemSep = '&', kOidSep = ':';
+
+// Signer block size of an empty signature element: 04 40 and 64 octets.
+constexpr unsigned int kSignatureElement = 2 + 64;
+
+// Length of the item starting at text (up to '&' or the end).
+unsigned int item_len(const unsigned char* text, unsigned int len) {
+    unsigned int n = 0;
+    while (n < len && text[n] != kItemSep) ++n;
+    return n;
+}
+
+// Length of the OID text of an item (up to ':'); len when there is none.
+unsigned int oid_text_len(const unsigned char* item, unsigned int len) {
+    unsigned int n = 0;
+    while (n < len && item[n] != kOidSep) ++n;
+    return n;
+}
+
+bool same_text(const unsigned char* a, unsigned int n, const char* b) {
+    unsigned int i = 0;
+    for (; i < n && b[i]; ++i)
+        if (a[i] != static_cast<unsigned char>(b[i])) return false;
+    return i == n && b[i] == 0;
+}
+
+// Rotates the element [c, c + size) down to i, shifting the octets between
+// up: one octet at a time, the gap moved up by one and the octet put in
+// front.
+void bring_forward(unsigned char* i, unsigned char* c, uint32_t size) {
+    unsigned int gap = static_cast<unsigned int>(c - i);
+    for (uint32_t k = 0; k < size; ++k) {
+        unsigned char b = c[k];
+        ASN1_mem_move(i + k, i + k + 1, gap);
+        i[k] = b;
+    }
+}
+
+// Puts the n octets at p behind a header of tag, in place; returns the
+// element size.
+unsigned int wrap_in_place(unsigned char* p, unsigned char tag, unsigned int n) {
+    unsigned int h = ASN1_calculate_len_of_hdr(n);
+    ASN1_mem_move(p, p + h, n);
+    ASN1_set_header(p, tag, n);
+    return h + n;
+}
+
+}  // namespace
+}  // namespace pki
+}  // namespace kx
+
+using namespace kx::pki;
+
+KORVEX_API unsigned int CMS_create_Attribute(unsigned char* text, unsigned int len, unsigned char* out) {
+    if (!text || !out) return 0;
+    unsigned int k = oid_text_len(text, len);
+    unsigned int b64 = len - k - (k < len ? 1 : 0);
+    // An item needs its ':' and whole Base64 groups; the decoder reads four
+    // characters per group.
+    if (k == len || k > 255 || b64 == 0 || b64 % 4 != 0) return 0;
+    unsigned int o = ASN1_code_ASCII_OID_to_DER(text, static_cast<unsigned char>(k), out);
+    if (o == 0) return 0;
+    unsigned int v = Base64_decode_msg(text + k + 1, b64, out + o);
+    unsigned int ho = ASN1_calculate_len_of_hdr(o), hv = ASN1_calculate_len_of_hdr(v);
+    unsigned int total = hv + v + ho + o;
+    unsigned int ht = ASN1_calculate_len_of_hdr(total);
+    // Attribute ::= SEQUENCE { attrType OID, attrValues SET { value } }; the
+    // value is inserted verbatim.
+    ASN1_mem_move(out + o, out + ht + ho + o + hv, v);
+    ASN1_mem_move(out, out + ht + ho, o);
+    ASN1_set_header(out, kTagSeq, total);
+    ASN1_set_header(out + ht, kTagOid, o);
+    ASN1_set_header(out + ht + ho + o, kTagSet, v);
+    return total + ht;
+}
+
+KORVEX_API unsigned int CMS_create_Attr(unsigned char* text, unsigned int len, unsigned char* out) {
+    if (!text || len == 0) return 0;
+    unsigned int written = 0;
+    for (unsigned int pos = 0; pos < len;) {
+        unsigned int n = item_len(text + pos, len - pos);
+        written += CMS_create_Attribute(text + pos, n, out + written);
+        pos += n + 1;
+    }
+    return written;
+}
+
+KORVEX_API void CMS_DER_SetOf_sort(unsigned char* p, unsigned int len) {
+    if (!p) return;
+    unsigned char* end = p + len;
+    // Selection sort on the encoded size; only a strictly smaller size
+    // displaces the current choice, so equal sizes keep their order.
+    for (unsigned char* i = p; i < end;) {
+        Der best, e;
+        if (!der_at(i, end, best)) return;
+        for (unsigned char* j = best.end; j < end; j = e.end) {
+            if (!der_at(j, end, e)) return;
+            if (e.size() < best.size()) best = e;
+        }
+        if (best.tag != i) bring_forward(i, best.tag, best.size());
+        i += best.size();
+    }
+}
+
+KORVEX_API unsigned int CMS_check_SignedAttr(unsigned char* text, unsigned int len) {
+    if (!text) return 0;
+    unsigned int found = 0;
+    for (unsigned int pos = 0; pos < len;) {
+        unsigned int n = item_len(text + pos, len - pos);
+        unsigned int k = oid_text_len(text + pos, n);
+        if (same_text(text + pos, k, kContentTypeOidText)) found += 1;
+        if (same_text(text + pos, k, kMessageDigestOidText)) found += 2;
+        pos += n + 1;
+    }
+    return found;
+}
+
+KORVEX_API unsigned int CMS_SignedAttr_buffer_len(unsigned int n) {
+    if (n == 0) return kSignatureElement;
+    // The attributes must stay below 64 KiB together with the fixed ones.
+    if (n + static_cast<unsigned int>(sizeof kFixedSignedAttrs) < 65535u)
+        return n + static_cast<unsigned int>(sizeof kFixedSignedAttrs) + kSignatureElement;
+    return 0;
+}
+
+KORVEX_API unsigned int CMS_create_SignedAttr(unsigned char* signedText, unsigned int signedLen,
+                                              unsigned char* unsignedText, unsigned int unsignedLen,
+                                              unsigned char* /*reserved*/, unsigned char /*reservedFlag*/,
+                                              unsigned char* out) {
+    bool hasSigned = signedText && signedLen;
+    bool hasUnsigned = unsignedText && unsignedLen;
+    if (!out)
+        return (hasSigned ? signedLen + sizeof kFixedSignedAttrs + kSignatureElement : kSignatureElement) +
+               unsignedLen;
+
+    unsigned char* p = out;
+    if (hasSigned) {
+        unsigned int n = sizeof kFixedSignedAttrs;
+        kx::copy(p, kFixedSignedAttrs, n);
+        n += CMS_create_Attr(signedText, signedLen, p + n);
+        CMS_DER_SetOf_sort(p, n);
+        p += wrap_in_place(p, kTagCtx0, n);
+    }
+    p[0] = kTagOctets;
+    p[1] = 64;
+    kx::fill(p + 2, 0, 64);
+    p += kSignatureElement;
+    if (hasUnsigned) {
+        unsigned int n = CMS_create_Attr(unsignedText, unsignedLen, p);
+        if (n) p += wrap_in_place(p, kTagCtx1, n);  // in the order given
+    }
+    return static_cast<unsigned int>(p - out);
+}
+
+KORVEX_API unsigned char* CMS_SignedAttr_find_msg_digest_value_field(unsigned char* signedAttrs) {
+    Der a, attr;
+    if (!der_top(signedAttrs, a) || a.t() != kTagCtx0) return nullptr;
+    DerIter it = children(a);
+    while (der_next(it, attr)) {
+        if (attr.t() != kTagSeq) return nullptr;
+        // SEQUENCE { messageDigest OID, SET { OCTET STRING (32) } }
+        if (attr.len() == kMessageDigestAttrLen &&
+            kx::equal(attr.val, kMessageDigestOid, sizeof kMessageDigestOid))
+            return attr.val + kMessageDigestValueOffset;
+    }
+    return nullptr;
+}
+
+KORVEX_API cms_mime_type_t CMS_SignedAttr_MIME_type(unsigned char* signedAttrs) {
+    cms_mime_type_t none{nullptr, 0};
+    Der a, attr, values, value, e;
+    if (!der_top(signedAttrs, a) || a.len() == 0 || a.val[0] != kTagSeq) return none;
+    DerIter it = children(a);
+    while (der_next(it, attr)) {
+        if (!fits(attr.val, sizeof kContentTypeOid, attr.end) ||
+            !kx::equal(attr.val, kContentTypeOid, sizeof kContentTypeOid))
+            continue;
+        DerIter in = children(attr);
+        if (!der_next(in, e) || !der_next(in, kTagSet, values) || !der_first(values, kTagSeq, value))
+            return none;
+        DerIter v = children(value);
+        if (!der_next(v, e) || !der_next(v, kTagOctets, e)) return none;
+        return cms_mime_type_t{e.val, e.len()};
+    }
+    return none;
+}

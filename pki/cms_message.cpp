@@ -1,0 +1,161 @@
+// The SignedData ContentInfo (RFC 5652 5.1-5.3): building it around a
+// signer block and locating its parts.
+#include "ASN1.h"
+#include "CMS.h"
+#include "encoding/bytes.h"
+#include "pki/cms_templates.h"
+#include "pki/der_walk.h"
+
+namespace kx {
+namespace pki {
+namespace {
+
+constexpr unsigned char kVersion1[3] = {0x02, 0x01, 0x01};
+
+// Header size of an element with n content octets, empty ones included.
+unsigned int hdr(unsigned int n) { return n ? ASN1_calculate_len_of_hdr(n) : 2; }
+
+// Whole size of an element with n content octets.
+unsigned int wrapped(unsigned int n) { return hdr(n) + n; }
+
+// Sequential writer over the output buffer.
+struct Writer {
+    unsigned char* p;
+    void header(unsigned char tag, unsigned int n) { p += ASN1_set_header(p, tag, n); }
+    void bytes(const unsigned char* src, unsigned int n) {
+        ASN1_mem_copy(const_cast<unsigned char*>(src), p, n);
+        p += n;
+    }
+};
+
+// The signer's issuer and serialNumber, from a certificate with an explicit
+// version field.
+bool signer_fields(unsigned char* cert, Der& c, Der& issuer, Der& serial) {
+    Der tbs, e;
+    if (!der_top(cert, c) || c.t() != kTagSeq || !der_first(c, kTagSeq, tbs)) return false;
+    DerIter it = children(tbs);
+    if (!der_next(it, kTagCtx0, e) || !der_next(it, kTagInt, serial) || !der_next(it, kTagSeq, e) ||
+        !der_next(it, kTagSeq, issuer))
+        return false;
+    return serial.len() != 0 && issuer.len() != 0;
+}
+
+// The OID element at e equals the template of n octets.
+bool oid_is(const Der& e, const unsigned char* oid, unsigned int n) {
+    return e.t() == kTagOid && e.size() == n && kx::equal(e.tag, oid, n);
+}
+
+}  // namespace
+}  // namespace pki
+}  // namespace kx
+
+using namespace kx::pki;
+
+KORVEX_API unsigned int CMS_SignedData_create(unsigned char* content, unsigned int contentLen,
+                                              unsigned char* block, unsigned int blockLen,
+                                              unsigned char* cert, unsigned char includeCert,
+                                              unsigned char* out) {
+    Der c, issuer, serial;
+    if (!signer_fields(cert, c, issuer, serial)) return 0;
+    if (!block || blockLen == 0 || (!content && contentLen)) return 0;
+
+    // The signer block's [0] goes before signatureAlgorithm, the rest after.
+    unsigned int attrs = 0;
+    if (block[0] == kTagCtx0) {
+        Der a;
+        if (!der_at(block, block + blockLen, a)) return 0;
+        attrs = a.size();
+    }
+
+    unsigned int sid = issuer.size() + serial.size();
+    unsigned int signerInfo = wrapped(sid) + blockLen + sizeof kVersion1 + 2 * sizeof kDigestAlgorithm;
+    unsigned int signerInfos = wrapped(signerInfo);
+    unsigned int certs = includeCert ? wrapped(c.size()) : 0;
+    unsigned int encap = sizeof kSignedDataOid + (content ? wrapped(wrapped(contentLen)) : 0);
+    unsigned int signedData = sizeof kVersion1 + wrapped(sizeof kDigestAlgorithm) + wrapped(encap) + certs +
+                              wrapped(signerInfos);
+    unsigned int contentInfo = sizeof kSignedDataOid + wrapped(wrapped(signedData));
+    unsigned int total = wrapped(contentInfo);
+    if (!out) return total;
+
+    Writer w{out};
+    w.header(kTagSeq, contentInfo);
+    w.bytes(kSignedDataOid, sizeof kSignedDataOid);
+    w.header(kTagCtx0, wrapped(signedData));
+    w.header(kTagSeq, signedData);
+    w.bytes(kVersion1, sizeof kVersion1);
+    w.header(kTagSet, sizeof kDigestAlgorithm);
+    w.bytes(kDigestAlgorithm, sizeof kDigestAlgorithm);
+    w.header(kTagSeq, encap);
+    w.bytes(kSignedDataOid, sizeof kSignedDataOid);
+    if (content) {
+        w.header(kTagCtx0, wrapped(contentLen));
+        w.header(kTagOctets, contentLen);
+        w.bytes(content, contentLen);
+    }
+    if (includeCert) {
+        w.header(kTagCtx0, c.size());
+        w.bytes(c.tag, c.size());
+    }
+    w.header(kTagSet, signerInfos);
+    w.header(kTagSeq, signerInfo);
+    w.bytes(kVersion1, sizeof kVersion1);
+    w.header(kTagSeq, sid);
+    w.bytes(issuer.tag, issuer.size());
+    w.bytes(serial.tag, serial.size());
+    w.bytes(kDigestAlgorithm, sizeof kDigestAlgorithm);
+    w.bytes(block, attrs);
+    w.bytes(kSignatureAlgorithm, sizeof kSignatureAlgorithm);
+    w.bytes(block + attrs, blockLen - attrs);
+    return total;
+}
+
+KORVEX_API cms_signed_data_t CMS_SignedData_parse(unsigned char* msg) {
+    cms_signed_data_t r{};
+    r.status = 1;
+    Der ci, e, sd, algs, alg, oid, encap, si;
+    if (!der_top(msg, ci) || ci.t() != kTagSeq) return r;
+    DerIter it = children(ci);
+    if (!der_next(it, e) || !oid_is(e, kSignedDataOid, sizeof kSignedDataOid)) return r;
+    if (!der_next(it, kTagCtx0, e) || !der_first(e, kTagSeq, sd)) return r;
+
+    it = children(sd);
+    if (!der_next(it, kTagInt, e) || !der_next(it, kTagSet, algs)) return r;
+    if (!der_first(algs, alg) || !der_first(alg, oid) || !oid_is(oid, kDigestOid, sizeof kDigestOid)) return r;
+    if (!der_next(it, kTagSeq, encap)) return r;
+    DerIter in = children(encap);
+    if (!der_next(in, kTagOid, e)) return r;
+    Der wrapper, octets;
+    if (der_next(in, kTagCtx0, wrapper) && der_first(wrapper, kTagOctets, octets)) {
+        r.content = octets.val;
+        r.content_len = octets.len();
+    }
+
+    if (!der_next(it, e)) return r;
+    if (e.t() == kTagCtx0) {  // certificates: only the first is used
+        Der cert;
+        if (der_first(e, cert) && cert.t() == kTagSeq) {
+            r.certificate = cert.tag;
+            r.certificate_len = cert.size();
+        }
+        if (!der_next(it, e)) return r;
+    }
+    if (e.t() == kTagCtx1 && !der_next(it, e)) return r;  // crls
+    if (e.t() != kTagSet || !der_first(e, kTagSeq, si)) return r;  // only the first signer
+
+    in = children(si);
+    if (!der_next(in, kTagInt, e) || !der_next(in, kTagSeq, e)) return r;
+    r.signer_id = e.tag;
+    r.signer_id_len = e.size();
+    if (!der_next(in, kTagSeq, e) || !der_next(in, e)) return r;
+    if (e.t() == kTagCtx0) {
+        r.signed_attrs = e.tag;
+        r.signed_attrs_len = e.size();
+        if (!der_next(in, e)) return r;
+    }
+    if (e.t() != kTagSeq || !der_next(in, kTagOctets, e)) return r;
+    r.signature = e.val;
+    r.signature_len = e.len();
+    r.status = 0;
+    return r;
+}

@@ -1,0 +1,39 @@
+// Fixed DER pieces of the GOST SignedData layout (RFC 5652, RFC 4490).
+#ifndef KORVEX_PKI_CMS_TEMPLATES_H
+#define KORVEX_PKI_CMS_TEMPLATES_H
+
+namespace kx {
+namespace pki {
+
+// 1.2.840.113549.1.7.2 (id-signedData): the ContentInfo contentType and also
+// the eContentType of the encapsulated content.
+constexpr unsigned char kSignedDataOid[11] = {0x06, 0x09, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x07, 0x02};
+// 1.2.840.113549.1.9.4 (id-messageDigest), 1.2.840.113549.1.9.3 (id-contentType).
+constexpr unsigned char kMessageDigestOid[11] = {0x06, 0x09, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x09, 0x04};
+constexpr unsigned char kContentTypeOid[11] = {0x06, 0x09, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x09, 0x03};
+constexpr const char kContentTypeOidText[] = "1.2.840.113549.1.9.3";
+constexpr const char kMessageDigestOidText[] = "1.2.840.113549.1.9.4";
+// 1.2.643.2.2.9 (GOST R 34.11-94).
+constexpr unsigned char kDigestOid[8] = {0x06, 0x06, 0x2A, 0x85, 0x03, 0x02, 0x02, 0x09};
+// AlgorithmIdentifiers with NULL parameters: GOST R 34.11-94 and
+// GOST R 34.10-2001 (1.2.643.2.2.19).
+constexpr unsigned char kDigestAlgorithm[12] = {0x30, 0x0A, 0x06, 0x06, 0x2A, 0x85, 0x03, 0x02, 0x02, 0x09, 0x05, 0x00};
+constexpr unsigned char kSignatureAlgorithm[12] = {0x30, 0x0A, 0x06, 0x06, 0x2A, 0x85, 0x03, 0x02, 0x02, 0x13, 0x05, 0x00};
+
+// contentType (whose value is id-signedData, kept as the library has always
+// written it) and messageDigest with a zero value to be filled at signing.
+constexpr unsigned char kFixedSignedAttrs[75] = {
+    0x30, 0x18, 0x06, 0x09, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x09, 0x03,
+    0x31, 0x0B, 0x06, 0x09, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x07, 0x02,
+    0x30, 0x2F, 0x06, 0x09, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x09, 0x04,
+    0x31, 0x22, 0x04, 0x20};  // followed by 32 zero octets
+
+// The messageDigest attribute's content length and the offset of its value
+// (after the OID element, the SET header and the OCTET STRING header).
+constexpr unsigned int kMessageDigestAttrLen = 47;
+constexpr unsigned int kMessageDigestValueOffset = 15;
+
+}  // namespace pki
+}  // namespace kx
+
+#endif
