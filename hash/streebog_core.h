@@ -1,0 +1,155 @@
+// GOST R 34.11-2012 compression internals: the state as eight 64-bit words
+// and the LPS transform. S is a byte look-up in pi and L a bit-serial pass
+// over the 64 rows of A; the pass runs on all eight words at once in SSE2
+// lanes (one sign mask per row and word), and on two independent values at a
+// time where the round function allows it (the state and the key schedule).
+#ifndef KORVEX_HASH_STREEBOG_CORE_H
+#define KORVEX_HASH_STREEBOG_CORE_H
+
+#include <stdint.h>
+
+#include "encoding/bytes.h"
+#include "hash/streebog_tables.h"
+
+namespace kx {
+namespace streebog {
+
+struct alignas(16) Block {
+    uint64_t w[8];
+};
+
+inline void load(Block& b, const void* p) {
+    const unsigned char* s = static_cast<const unsigned char*>(p);
+    for (int i = 0; i < 8; ++i) b.w[i] = load64(s + 8 * i);
+}
+
+inline void store(void* p, const Block& b) {
+    unsigned char* d = static_cast<unsigned char*>(p);
+    for (int i = 0; i < 8; ++i) store64(d + 8 * i, b.w[i]);
+}
+
+inline void xor_to(Block& r, const Block& a, const Block& b) {
+    for (int i = 0; i < 8; ++i) r.w[i] = a.w[i] ^ b.w[i];
+}
+
+// r := a + b mod 2^512, words least significant first.
+inline void add_to(Block& r, const Block& a, const Block& b) {
+    unsigned carry = 0;
+    for (int i = 0; i < 8; ++i) {
+        unsigned __int128 s = static_cast<unsigned __int128>(a.w[i]) + b.w[i] + carry;
+        r.w[i] = static_cast<uint64_t>(s);
+        carry = static_cast<unsigned>(s >> 64);
+    }
+}
+
+// r := r + v mod 2^512 for a small v (the bit counter).
+inline void add_small(Block& r, uint64_t v) {
+    for (int i = 0; i < 8 && v; ++i) {
+        r.w[i] += v;
+        v = r.w[i] < v ? 1 : 0;
+    }
+}
+
+typedef uint32_t u32x4 __attribute__((vector_size(16)));
+typedef int32_t i32x4 __attribute__((vector_size(16)));
+
+// S and P: word i of P(S(x)) has as byte j the substitute of byte i of word j.
+// The result is split into 32-bit halves, lo[i] and hi[i], for the L pass.
+inline void sp_halves(const Block& x, uint32_t lo[8], uint32_t hi[8]) {
+    const unsigned char* b = reinterpret_cast<const unsigned char*>(x.w);
+    for (int i = 0; i < 8; ++i) {
+        lo[i] = static_cast<uint32_t>(streebog_pi[b[i]]) | static_cast<uint32_t>(streebog_pi[b[8 + i]]) << 8 |
+                static_cast<uint32_t>(streebog_pi[b[16 + i]]) << 16 | static_cast<uint32_t>(streebog_pi[b[24 + i]]) << 24;
+        hi[i] = static_cast<uint32_t>(streebog_pi[b[32 + i]]) | static_cast<uint32_t>(streebog_pi[b[40 + i]]) << 8 |
+                static_cast<uint32_t>(streebog_pi[b[48 + i]]) << 16 | static_cast<uint32_t>(streebog_pi[b[56 + i]]) << 24;
+    }
+}
+
+// L on Count values given as 32-bit halves: out[n] word i := L(hi[n][i]:lo[n][i]).
+// The lanes of a vector hold one half of four words; row k of A is taken into
+// a word when its bit 63 - k is set, read as the sign of the half after it
+// has been shifted left k mod 32 times.
+template <int Count>
+inline void l_pass(const uint32_t (*lo)[8], const uint32_t (*hi)[8], Block* const out[Count]) {
+    u32x4 src[Count][2];     // [value][group of four words]
+    u32x4 acc[Count][2][2];  // [value][group][0 = low halves, 1 = high halves]
+    for (int n = 0; n < Count; ++n)
+        for (int g = 0; g < 2; ++g) {
+            __builtin_memcpy(&src[n][g], &hi[n][4 * g], 16);
+            acc[n][g][0] = u32x4{0, 0, 0, 0};
+            acc[n][g][1] = u32x4{0, 0, 0, 0};
+        }
+    for (int half = 0; half < 2; ++half) {
+        if (half == 1)
+            for (int n = 0; n < Count; ++n)
+                for (int g = 0; g < 2; ++g) __builtin_memcpy(&src[n][g], &lo[n][4 * g], 16);
+        for (int k = 32 * half; k < 32 * half + 32; ++k) {
+            const uint64_t row = streebog_A[k];
+            const uint32_t rl = static_cast<uint32_t>(row), rh = static_cast<uint32_t>(row >> 32);
+            const u32x4 al = {rl, rl, rl, rl}, ah = {rh, rh, rh, rh};
+            for (int n = 0; n < Count; ++n)
+                for (int g = 0; g < 2; ++g) {
+                    const u32x4 m = reinterpret_cast<u32x4>(reinterpret_cast<i32x4>(src[n][g]) >> 31);
+                    src[n][g] += src[n][g];
+                    acc[n][g][0] ^= al & m;
+                    acc[n][g][1] ^= ah & m;
+                }
+        }
+    }
+    for (int n = 0; n < Count; ++n)
+        for (int g = 0; g < 2; ++g)
+            for (int i = 0; i < 4; ++i)
+                out[n]->w[4 * g + i] = static_cast<uint64_t>(acc[n][g][1][i]) << 32 | acc[n][g][0][i];
+}
+
+// out[n] := L(P(S(in[n]))) for n < Count; in and out may be the same.
+template <int Count>
+inline void lps(const Block* const in[Count], Block* const out[Count]) {
+    alignas(16) uint32_t lo[Count][8], hi[Count][8];
+    for (int n = 0; n < Count; ++n) sp_halves(*in[n], lo[n], hi[n]);
+    l_pass<Count>(lo, hi, out);
+}
+
+inline void lps1(const Block& in, Block& out) {
+    const Block* i[1] = {&in};
+    Block* o[1] = {&out};
+    lps<1>(i, o);
+}
+
+// One key schedule step: K := LPS(K ^ C[i]) (C[0] is C1).
+inline void key_step(Block& K, int i) {
+    Block t;
+    Block c;
+    load(c, streebog_C[i]);
+    xor_to(t, K, c);
+    lps1(t, K);
+}
+
+// s := E(K, m); K is left at the last round key.
+inline void encrypt(Block& s, Block& K, const Block& m) {
+    xor_to(s, K, m);
+    for (int i = 0; i < 12; ++i) {
+        Block c, t;
+        load(c, streebog_C[i]);
+        xor_to(t, K, c);
+        // The state's LPS and the next round key do not depend on each other.
+        const Block* in[2] = {&s, &t};
+        Block* out[2] = {&s, &K};
+        lps<2>(in, out);
+        xor_to(s, s, K);
+    }
+}
+
+// h := g_N(h, m).
+inline void compress(Block& h, const Block& N, const Block& m) {
+    Block K, t, s;
+    xor_to(t, h, N);
+    lps1(t, K);
+    encrypt(s, K, m);
+    for (int i = 0; i < 8; ++i) h.w[i] ^= s.w[i] ^ m.w[i];
+}
+
+}  // namespace streebog
+}  // namespace kx
+
+#endif
