@@ -37,9 +37,13 @@ KORVEX_API unsigned int ASN1_code_ASCII_OID_to_DER(unsigned char* text, unsigned
     unsigned int total = ASN1_code_base128(40 * a1 + ASN1_code_ASCII_number_to_HEX(p), out);
     if (left == 0) return 0;
     // 'left' counts the characters still to scan, dots excepted: each later
-    // dot moves the end of the scan one byte further. Callers that pass
-    // NUL-terminated text depend on this reading; keep it.
+    // dot moves the end of the scan one byte further, past text + textLen.
+    // Callers rely on this reading (and follow the text with bytes that are
+    // not '.'); keep it. A terminating NUL ends the over-scan, so a
+    // NUL-terminated text is never read beyond its terminator.
+    const unsigned char* text_end = text + textLen;
     while (left != 0) {
+        if (*p == 0 && p >= text_end) break;
         if (*p++ == '.') {
             total += ASN1_code_base128(ASN1_code_ASCII_number_to_HEX(p), out + total);
         } else {

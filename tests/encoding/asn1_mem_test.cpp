@@ -1,0 +1,119 @@
+// The copy, move and compare routines: byte-exact against the plain loops
+// they stand for, for every overlap distance and alignment.
+#include <gtest/gtest.h>
+
+#include "ASN1.h"
+#include "common/test_util.h"
+
+namespace {
+
+using kt::Bytes;
+
+void ref_ascending(unsigned char* src, unsigned char* dst, unsigned int n) {
+    for (unsigned int i = 0; i < n; ++i) dst[i] = src[i];
+}
+void ref_descending(unsigned char* src, unsigned char* dst, unsigned int n) {
+    for (unsigned int i = n; i-- > 0;) dst[i] = src[i];
+}
+
+using CopyFn = void (*)(unsigned char*, unsigned char*, unsigned int);
+
+struct CopyCase {
+    const char* name;
+    CopyFn fn;
+    CopyFn ref;
+};
+
+class Asn1Copy : public ::testing::TestWithParam<CopyCase> {};
+
+// Both pointers move through a 16-byte alignment cycle, the distance between
+// them covers overlaps of either direction and sizes cover the byte path,
+// the block path threshold (23) and long copies.
+TEST_P(Asn1Copy, MatchesByteLoopForAllOverlaps) {
+    const CopyCase& c = GetParam();
+    kt::Rng rng(0xA5A1);
+    const Bytes pattern = rng.bytes(512);
+    const unsigned int sizes[] = {0, 1, 15, 16, 17, 22, 23, 24, 31, 32, 33, 47, 64, 100, 161};
+    for (unsigned int n : sizes)
+        for (int base = 0; base < 16; ++base)
+            for (int dist = -40; dist <= 40; ++dist) {
+                Bytes a = pattern, b = pattern;
+                int s = 100 + base, d = s + dist;
+                c.fn(a.data() + s, a.data() + d, n);
+                c.ref(b.data() + s, b.data() + d, n);
+                ASSERT_EQ(a, b) << c.name << " n=" << n << " base=" << base << " dist=" << dist;
+            }
+}
+
+TEST_P(Asn1Copy, DisjointBuffersOfMixedAlignment) {
+    const CopyCase& c = GetParam();
+    kt::Rng rng(7);
+    for (unsigned int n : {23u, 100u, 4096u, 65536u + 3})
+        for (int sa = 0; sa < 16; sa += 5)
+            for (int da = 0; da < 16; da += 3) {
+                Bytes src = rng.bytes(n + 32), dst(n + 32, 0xCC), expect = dst;
+                c.fn(src.data() + sa, dst.data() + da, n);
+                for (unsigned int i = 0; i < n; ++i) expect[da + i] = src[sa + i];
+                ASSERT_EQ(dst, expect) << c.name << " n=" << n;
+            }
+}
+
+INSTANTIATE_TEST_SUITE_P(Directions, Asn1Copy,
+                         ::testing::Values(CopyCase{"copy", ASN1_mem_copy, ref_ascending},
+                                           CopyCase{"move", ASN1_mem_move, ref_descending}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(Asn1Copy, SourceComesFirst) {
+    unsigned char a[4] = {1, 2, 3, 4}, b[4] = {0, 0, 0, 0};
+    ASN1_mem_copy(a, b, 4);
+    EXPECT_EQ(b[3], 4);
+    unsigned char c[4] = {9, 9, 9, 9};
+    ASN1_mem_move(a, c, 4);
+    EXPECT_EQ(c[0], 1);
+}
+
+TEST(Asn1Copy, ClosingAndOpeningAGap) {
+    // The uses the two directions exist for: copy shifts down, move shifts up.
+    Bytes buf = kt::from_hex("00 01 02 03 04 05 06 07 08 09");
+    ASN1_mem_copy(buf.data() + 3, buf.data() + 1, 7);
+    EXPECT_EQ(kt::to_hex(buf), "00030405060708090809");
+    buf = kt::from_hex("00 01 02 03 04 05 06 07 08 09");
+    ASN1_mem_move(buf.data() + 1, buf.data() + 3, 7);
+    EXPECT_EQ(kt::to_hex(buf), "00010201020304050607");
+    // In the other direction each replicates its start, as a byte loop does.
+    buf = kt::from_hex("00 01 02 03 04 05 06 07 08 09");
+    ASN1_mem_copy(buf.data(), buf.data() + 2, 8);
+    EXPECT_EQ(kt::to_hex(buf), "00010001000100010001");
+}
+
+TEST(Asn1Compare, ZeroOrOneOnly) {
+    kt::Rng rng(3);
+    for (unsigned int n : {1u, 7u, 15u, 16u, 17u, 32u, 33u, 100u}) {
+        Bytes a = rng.bytes(n);
+        for (unsigned int i = 0; i < n; ++i)
+            for (unsigned char flip : {0x01, 0x80, 0xFF}) {
+                Bytes b = a;
+                b[i] ^= flip;
+                ASSERT_EQ(ASN1_mem_compare(a.data(), b.data(), n), 1) << n << " " << i;
+                ASSERT_EQ(ASN1_mem_compare(b.data(), a.data(), n), 1) << "no ordering";
+            }
+        Bytes same = a;
+        EXPECT_EQ(ASN1_mem_compare(a.data(), same.data(), n), 0);
+    }
+    unsigned char x = 1, y = 2;
+    EXPECT_EQ(ASN1_mem_compare(&x, &y, 0), 0);
+    EXPECT_EQ(ASN1_mem_compare(nullptr, nullptr, 0), 0);
+}
+
+TEST(Asn1BitString, ReversesBitOrder) {
+    EXPECT_EQ(ASN1_rotate_rigth_BIT_STRING_byte(0x01), 0x80);
+    EXPECT_EQ(ASN1_rotate_rigth_BIT_STRING_byte(0x02), 0x40);
+    EXPECT_EQ(ASN1_rotate_rigth_BIT_STRING_byte(0x86), 0x61);
+    for (unsigned int v = 0; v < 256; ++v) {
+        unsigned int r = 0;
+        for (int i = 0; i < 8; ++i) r |= ((v >> i) & 1u) << (7 - i);
+        ASSERT_EQ(ASN1_rotate_rigth_BIT_STRING_byte(static_cast<unsigned char>(v)), r) << v;
+    }
+}
+
+}  // namespace
