@@ -1,0 +1,91 @@
+// Shared plumbing of the korvex program: argument handling, files, hex,
+// passwords, the generator's seed and key hygiene. The program uses the
+// public interface of libKorvex only.
+#ifndef KORVEX_TOOLS_CLI_H
+#define KORVEX_TOOLS_CLI_H
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace cli {
+
+using Bytes = std::vector<unsigned char>;
+
+// A failure to report: one line on stderr, exit code `code`.
+struct Error : std::runtime_error {
+    int code;
+    explicit Error(const std::string& msg, int c = 1) : std::runtime_error(msg), code(c) {}
+};
+
+// Parsed command line of one subcommand: options (with values or flags) and
+// positional arguments. Options are declared up front so that "-a x" and
+// "--flag" are told apart, and unknown options are refused.
+struct Args {
+    std::map<std::string, std::vector<std::string>> opts;
+    std::vector<std::string> pos;
+
+    bool has(const std::string& o) const { return opts.count(o) != 0; }
+    std::string get(const std::string& o, const std::string& def = "") const;
+    std::string need(const std::string& o) const;
+    std::vector<std::string> all(const std::string& o) const;
+};
+
+// `with_value`: options that take a value; `flags`: options without one.
+Args parse(int argc, char** argv, int first, const std::vector<std::string>& with_value,
+           const std::vector<std::string>& flags);
+
+bool wants_help(int argc, char** argv, int first);
+
+Bytes read_file(const std::string& path);          // "-" is stdin
+std::string read_text(const std::string& path);
+// Writes through a temporary file in the same folder, then renames it over
+// the target, so that a failure never leaves a half-written file. Refuses to
+// write over any path listed in `inputs`.
+void write_file(const std::string& path, const Bytes& data, const std::vector<std::string>& inputs = {},
+                unsigned mode = 0644);
+void write_file(const std::string& path, const std::string& text, const std::vector<std::string>& inputs = {},
+                unsigned mode = 0644);
+bool file_exists(const std::string& path);
+
+std::string to_hex(const unsigned char* p, size_t n);
+inline std::string to_hex(const Bytes& b) { return to_hex(b.data(), b.size()); }
+Bytes from_hex(const std::string& s);               // throws Error on bad hex
+// A value given as hex, or as "file:PATH" / a path to a file holding raw bytes
+// or hex text.
+Bytes hex_or_file(const std::string& v, size_t want);
+
+// Password from --pass-file FILE, --pass env:VAR / pass:TEXT, or a no-echo
+// prompt on the terminal.
+std::string password(const Args& a, const std::string& prompt, bool confirm = false);
+std::string password_from(const std::string& spec, const std::string& file, const std::string& prompt,
+                          bool confirm);
+
+// Seeds the library's generator from getrandom(2).
+void seed_generator();
+
+void wipe(void* p, size_t n);
+inline void wipe(Bytes& b) { wipe(b.data(), b.size()); }
+inline void wipe(std::string& s) { wipe(s.data(), s.size()); }
+
+// Cipher S-box selector by name: A, B, C, D, Z, hash (or a number).
+unsigned char sbox_by_name(const std::string& n);
+// Curve selector: A, B, C, XA, XB, test (256-bit) or 512A, 512B, 512test.
+struct Curve {
+    unsigned char sel;
+    bool is512;
+    std::string name;
+};
+Curve curve_by_name(const std::string& n);
+
+// PEM armour.
+std::string pem_encode(const std::string& label, const Bytes& der);
+Bytes pem_decode(const std::string& text, const std::string& label);  // accepts DER too
+
+}  // namespace cli
+
+#endif

@@ -1,0 +1,268 @@
+#include "containers.h"
+
+#include <sys/random.h>
+#include <sys/stat.h>
+
+#include "CryptoPro.h"
+#include "PRNG.h"
+#include "certs.h"
+#include "pkcs12.h"
+#include "pkcs15.h"
+#include "x_509.h"
+
+namespace cli {
+
+namespace {
+
+unsigned char* pw_ptr(const std::string& pw) {
+    return reinterpret_cast<unsigned char*>(const_cast<char*>(pw.data()));
+}
+unsigned char pw_len(const std::string& pw) { return static_cast<unsigned char>(pw.size()); }
+
+Bytes random_bytes(size_t n) {
+    Bytes b(n);
+    size_t got = 0;
+    while (got < n) {
+        ssize_t r = getrandom(b.data() + got, n - got, 0);
+        if (r < 0) throw Error("getrandom failed");
+        got += static_cast<size_t>(r);
+    }
+    return b;
+}
+
+bool is_dir(const std::string& p) {
+    struct stat st;
+    return ::stat(p.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+Curve default_curve(const Args& a, bool is512) {
+    if (a.has("--curve")) return curve_by_name(a.get("--curve"));
+    return curve_by_name(is512 ? "512A" : "A");
+}
+
+}  // namespace
+
+Kind kind_of(const std::string& path) {
+    if (is_dir(path)) return file_exists(path + "/primary.key") ? Kind::cryptopro : Kind::unknown;
+    Bytes b = read_file(path);
+    if (b.empty()) return Kind::unknown;
+    if (b[0] == '#' || (b.size() > 6 && std::string(b.begin(), b.begin() + 6) == "curve ")) return Kind::keyfile;
+    if (b.size() == PKCS12_CONTEINER_SIZE) {
+        unsigned char* p = b.data();
+        if (pkcs12_check_header(&p) == 0) return Kind::pkcs12;
+    }
+    if (b[0] == 0x30 && pkcs15_get_version(b.data()) != 0) return Kind::pkcs15;
+    return Kind::unknown;
+}
+
+const char* kind_name(Kind k) {
+    switch (k) {
+        case Kind::keyfile: return "korvex key file";
+        case Kind::pkcs15: return "PKCS#15 container";
+        case Kind::pkcs12: return "PKCS#12 container";
+        case Kind::cryptopro: return "CryptoPro container";
+        default: return "unknown";
+    }
+}
+
+Bytes pkcs15_make(const KeyPair& k, const std::string& pw, bool gen2012, unsigned short usage) {
+    if (k.d.empty()) throw Error("no private key to store");
+    if (k.curve.is512 && !gen2012) throw Error("512-bit keys need the 2012 container (--2012)");
+    Bytes rnd = random_bytes(40);  // stored beside the key: a seed for the next session
+    Bytes out;
+    if (gen2012) {
+        TSecretKey sk{};
+        std::copy(k.d.begin(), k.d.end(), sk.b);
+        unsigned char kind = k.curve.is512 ? 2 : 1;
+        unsigned n = pkcs15_create_conteiner_2012(nullptr, &sk, rnd.data(), usage, pw_ptr(pw), pw_len(pw), kind);
+        out.resize(n);
+        n = n ? pkcs15_create_conteiner_2012(out.data(), &sk, rnd.data(), usage, pw_ptr(pw), pw_len(pw), kind) : 0;
+        wipe(&sk, sizeof sk);
+        out.resize(n);
+    } else {
+        Bytes d = k.d;
+        auto* key = reinterpret_cast<type_uN<32>*>(d.data());
+        unsigned n = pkcs15_create_conteiner_new(nullptr, key, rnd.data(), pw_ptr(pw), pw_len(pw), usage);
+        out.resize(n);
+        n = n ? pkcs15_create_conteiner_new(out.data(), key, rnd.data(), pw_ptr(pw), pw_len(pw), usage) : 0;
+        wipe(d);
+        out.resize(n);
+    }
+    wipe(rnd);
+    if (out.empty()) throw Error("the container could not be made (generator not seeded?)");
+    return out;
+}
+
+KeyPair pkcs15_read(Bytes& c, const std::string& pw, const Curve* curve) {
+    unsigned v = pkcs15_get_version(c.data());
+    KeyPair k{};
+    if (v == 1) {
+        k.d.assign(32, 0);
+        unsigned r = pkcs15_get_key(c.data(), reinterpret_cast<type_uN<32>*>(k.d.data()), pw_ptr(pw), pw_len(pw));
+        if (r == 32) throw Error("wrong password", 3);
+        if (r != 0) throw Error("damaged PKCS#15 container (code " + std::to_string(r) + ")", 4);
+        k.curve = curve ? *curve : curve_by_name("A");
+        if (k.curve.is512) throw Error("a 2001 container holds a 256-bit key");
+    } else if (v == 2) {
+        // The 2012 reader returns whatever the password deciphers; the update
+        // function checks the password first, so run it on a copy.
+        Bytes probe = c;
+        seed_generator();
+        unsigned u = pkcs15_update_2012(probe.data(), pw_ptr(pw), pw_len(pw));
+        wipe(probe);
+        if (u == 32) throw Error("wrong password", 3);
+        if (u != 0) throw Error("damaged PKCS#15 container (code " + std::to_string(u) + ")", 4);
+        TSecretKey sk{};
+        unsigned r = pkcs15_get_key_2012(c.data(), &sk, pw_ptr(pw), pw_len(pw));
+        if (r != 0) throw Error("damaged PKCS#15 container (code " + std::to_string(r) + ")", 4);
+        bool high = false;
+        for (int i = 32; i < 64; ++i) high |= sk.b[i] != 0;
+        k.curve = curve ? *curve : curve_by_name(high ? "512A" : "A");
+        k.d.assign(sk.b, sk.b + (k.curve.is512 ? 64 : 32));
+        wipe(&sk, sizeof sk);
+    } else {
+        throw Error("not a PKCS#15 container", 4);
+    }
+    k.q = public_of(k.curve, k.d);
+    return k;
+}
+
+void pkcs15_renew(Bytes& c, const std::string& pw) {
+    seed_generator();
+    unsigned v = pkcs15_get_version(c.data());
+    unsigned r = v == 2 ? pkcs15_update_2012(c.data(), pw_ptr(pw), pw_len(pw))
+                 : v == 1 ? pkcs15_update(c.data(), pw_ptr(pw), pw_len(pw))
+                          : 30;
+    if (r == 32) throw Error("wrong password", 3);
+    if (r != 0) throw Error("the container could not be updated (code " + std::to_string(r) + ")", 4);
+}
+
+Bytes pkcs12_make(const KeyPair& k, const std::string& pw) {
+    if (k.curve.is512) throw Error("the PKCS#12 container holds 256-bit keys");
+    Bytes out(PKCS12_CONTEINER_SIZE);
+    Bytes aux(40, 0);
+    std::string tag = "korvex curve=" + k.curve.name;
+    std::copy(tag.begin(), tag.end(), aux.begin());
+    Bytes salt = random_bytes(4), iv = random_bytes(8), d = k.d;
+    pkcs12_create_conteiner(out.data(), static_cast<unsigned short>(out.size()), reinterpret_cast<type_uN<32>*>(d.data()),
+                            aux.data(), pw_ptr(pw), pw_len(pw), salt.data(), iv.data());
+    wipe(d);
+    return out;
+}
+
+KeyPair pkcs12_read(Bytes& c, const std::string& pw, const Curve* curve) {
+    if (c.size() != PKCS12_CONTEINER_SIZE) throw Error("not a PKCS#12 container of this library (size)", 4);
+    unsigned char* p = c.data();
+    unsigned char h = pkcs12_check_header(&p);
+    if (h != 0) throw Error("damaged PKCS#12 container (code " + std::to_string(h) + ")", 4);
+    unsigned char al = pkcs12_check_algorithm(p);
+    if (al != 0) throw Error("unsupported PKCS#12 algorithm (code " + std::to_string(al) + ")", 4);
+    KeyPair k{};
+    k.d.assign(32, 0);
+    Bytes aux(40, 0);
+    unsigned char r = pkcs12_open_conteiner(reinterpret_cast<type_uN<32>*>(k.d.data()), aux.data(), pw_ptr(pw),
+                                            pw_len(pw), c.data());
+    if (r == 2) throw Error("wrong password (or damaged container)", 3);
+    if (r != 0) throw Error("damaged PKCS#12 container (code " + std::to_string(r) + ")", 4);
+    std::string tag(aux.begin(), aux.end());
+    tag = tag.substr(0, tag.find('\0'));
+    const std::string pre = "korvex curve=";
+    if (curve) k.curve = *curve;
+    else if (tag.rfind(pre, 0) == 0) k.curve = curve_by_name(tag.substr(pre.size()));
+    else k.curve = curve_by_name("A");
+    k.q = public_of(k.curve, k.d);
+    return k;
+}
+
+CryptoProKey cryptopro_read(const std::string& dir, const std::string& cert_path, const std::string& pw) {
+    if (pw.size() > CRYPTOPRO_MAX_PASSWORD_LEN)
+        throw Error("CryptoPro passwords have at most " + std::to_string(CRYPTOPRO_MAX_PASSWORD_LEN) + " characters");
+    CryptoProKey out{};
+    if (!cert_path.empty()) {
+        out.cert = load_cert(cert_path);
+    } else {
+        Bytes header = read_file(dir + "/header.key");
+        unsigned char* c = CryptoPro_conteiner_get_certificate(header.data());
+        if (!c) throw Error(dir + ": no certificate in header.key; name one with --cert");
+        unsigned n = x_509_get_certificate_length(c);
+        if (!n || c + n > header.data() + header.size()) throw Error(dir + "/header.key: damaged certificate");
+        out.cert.assign(c, c + n);
+    }
+    unsigned sel = x_509_get_open_key_parametrs_ds(out.cert.data());
+    if (sel == 0xFFFFFFFFu) throw Error("the certificate's key is not a GOST R 34.10-2001 key");
+    int last = -1;
+    for (std::string which : {"primary", "primary2"}) {
+        std::string pf = dir + "/" + which + ".key";
+        std::string mf = dir + "/masks" + which.substr(7) + ".key";
+        if (!file_exists(pf) || !file_exists(mf)) continue;
+        Bytes primary = read_file(pf), masks = read_file(mf), mask_block(40);
+        KeyPair k{};
+        k.d.assign(32, 0);
+        unsigned char r = CryptoPro_conteiner_get(primary.data(), masks.data(), out.cert.data(), mask_block.data(),
+                                                  reinterpret_cast<type_uN<32>*>(k.d.data()), pw_ptr(pw), pw_len(pw));
+        wipe(mask_block);
+        if (r == 0) {
+            k.curve = {static_cast<unsigned char>(sel), false, sel == 0 ? "test" : std::string(1, "?ABC"[sel & 3])};
+            k.q = public_of(k.curve, k.d);
+            out.key = k;
+            out.which = which;
+            return out;
+        }
+        last = r;
+    }
+    if (last < 0) throw Error(dir + ": no primary.key/masks.key pair");
+    if (last == 8) throw Error("wrong password, or the certificate is not this container's", 3);
+    throw Error("damaged CryptoPro container (code " + std::to_string(last) + ")", 4);
+}
+
+void cryptopro_update(const std::string& dir, const std::string& pw) {
+    if (pw.size() > CRYPTOPRO_MAX_PASSWORD_LEN)
+        throw Error("CryptoPro passwords have at most " + std::to_string(CRYPTOPRO_MAX_PASSWORD_LEN) + " characters");
+    seed_generator();
+    int done = 0;
+    for (std::string which : {"primary", "primary2"}) {
+        std::string pf = dir + "/" + which + ".key";
+        std::string mf = dir + "/masks" + which.substr(7) + ".key";
+        if (!file_exists(pf) || !file_exists(mf)) continue;
+        Bytes primary = read_file(pf), masks = read_file(mf);
+        unsigned char r = CryptoPro_conteiner_update(primary.data(), masks.data(), pw_ptr(pw), pw_len(pw));
+        if (r != 0) throw Error(which + ".key: update failed (code " + std::to_string(r) + ")", 4);
+        write_file(pf, primary, {}, 0600);
+        write_file(mf, masks, {}, 0600);
+        ++done;
+    }
+    if (!done) throw Error(dir + ": no primary.key/masks.key pair");
+}
+
+KeyPair load_private_key(const std::string& path, const Args& a) {
+    Kind kind = kind_of(path);
+    std::optional<Curve> curve;
+    if (a.has("--curve")) curve = curve_by_name(a.get("--curve"));
+    const Curve* cp = curve ? &*curve : nullptr;
+    switch (kind) {
+        case Kind::keyfile: return read_key(path);
+        case Kind::pkcs15: {
+            Bytes c = read_file(path);
+            std::string pw = password(a, "Password for " + path + ": ");
+            KeyPair k = pkcs15_read(c, pw, cp);
+            wipe(pw);
+            return k;
+        }
+        case Kind::pkcs12: {
+            Bytes c = read_file(path);
+            std::string pw = password(a, "Password for " + path + ": ");
+            KeyPair k = pkcs12_read(c, pw, cp);
+            wipe(pw);
+            return k;
+        }
+        case Kind::cryptopro: {
+            std::string pw = password(a, "Password for " + path + ": ");
+            CryptoProKey k = cryptopro_read(path, a.get("--cert"), pw);
+            wipe(pw);
+            return k.key;
+        }
+        default: throw Error(path + ": not a key file or a known container");
+    }
+}
+
+}  // namespace cli
