@@ -1,5 +1,6 @@
 // korvex keygen / sign / verify: raw GOST R 34.10 signatures over a file's
 // hash, in the library's byte layouts.
+#include <algorithm>
 #include <cstdio>
 
 #include "GOST_34_10_2001.h"
@@ -8,6 +9,7 @@
 #include "GOST_34_11_94.h"
 #include "cli.h"
 #include "commands.h"
+#include "containers.h"
 #include "keyfile.h"
 #include "x_509.h"
 
@@ -56,6 +58,31 @@ cli::KeyPair key_from_cert(const std::string& path) {
     throw Error(path + ": no GOST R 34.10 public key found");
 }
 
+// OpenSSL's GOST engine writes s then r, each big-endian, at both widths.
+// The library's 256-bit layout is the same; its 512-bit layout keeps r
+// little-endian and s as two separately reversed 32-byte halves.
+void openssl_to_library(Bytes& sig) {
+    if (sig.size() != 128) return;
+    Bytes s(sig.begin(), sig.begin() + 64), r(sig.begin() + 64, sig.end());
+    std::reverse(s.begin(), s.end());  // s little-endian
+    std::reverse(r.begin(), r.end());
+    std::reverse(s.begin(), s.begin() + 32);
+    std::reverse(s.begin() + 32, s.end());
+    std::copy(s.begin(), s.end(), sig.begin());
+    std::copy(r.begin(), r.end(), sig.begin() + 64);
+}
+
+void library_to_openssl(Bytes& sig) {
+    if (sig.size() != 128) return;
+    Bytes s(sig.begin(), sig.begin() + 64), r(sig.begin() + 64, sig.end());
+    std::reverse(s.begin(), s.begin() + 32);
+    std::reverse(s.begin() + 32, s.end());
+    std::reverse(s.begin(), s.end());
+    std::reverse(r.begin(), r.end());
+    std::copy(s.begin(), s.end(), sig.begin());
+    std::copy(r.begin(), r.end(), sig.begin() + 64);
+}
+
 }  // namespace
 
 namespace cmd {
@@ -84,16 +111,21 @@ int keygen(int argc, char** argv, int first) {
 int sign(int argc, char** argv, int first) {
     if (cli::wants_help(argc, argv, first)) {
         std::printf(
-            "usage: korvex sign --key KEY [--hash gost94|streebog256] [--hex] [-o SIG] FILE\n\n"
+            "usage: korvex sign --key SOURCE [--hash gost94|streebog256] [--hex] [--openssl]\n"
+            "                   [-o SIG] FILE\n\n"
             "Signs the hash of FILE: GOST R 34.11-94 by default on 256-bit curves\n"
             "(GOST R 34.10-2001), Streebog-512 on 512-bit curves. The signature is\n"
             "written in the library's layout: 64 bytes (s then r, each big-endian, as\n"
-            "RFC 4490) or 128 bytes for 512-bit keys; --hex writes it as hex text.\n");
+            "RFC 4490) or 128 bytes for 512-bit keys; --hex writes it as hex text.\n"
+            "--openssl writes the layout of OpenSSL's GOST engine instead (s then r,\n"
+            "big-endian; it differs from the library's for 512-bit keys). The key\n"
+            "comes from a korvex key file or a container (asks for its password).\n");
         return 0;
     }
-    cli::Args a = cli::parse(argc, argv, first, {"--key", "--hash", "-o"}, {"--hex"});
+    cli::Args a = cli::parse(argc, argv, first, {"--key", "--hash", "-o", "--pass", "--pass-file", "--curve", "--cert"},
+                             {"--hex", "--openssl"});
     if (a.pos.size() != 1) throw Error("name one file to sign");
-    cli::KeyPair k = cli::read_key(a.need("--key"));
+    cli::KeyPair k = cli::load_private_key(a.need("--key"), a);
     if (k.d.empty()) throw Error(a.get("--key") + ": holds no private key");
     Bytes h = file_hash(a.pos[0], k, a.get("--hash"));
     cli::seed_generator();
@@ -106,6 +138,7 @@ int sign(int argc, char** argv, int first) {
                                             reinterpret_cast<type_uN<32>*>(k.d.data()),
                                             reinterpret_cast<type_uN<64>*>(sig.data()), k.curve.sel);
     if (r != 0) throw Error("signing failed: the generator is not seeded");
+    if (a.has("--openssl")) library_to_openssl(sig);
     std::string out = a.get("-o", "-");
     if (a.has("--hex")) cli::write_file(out, cli::to_hex(sig) + "\n", {a.pos[0]});
     else cli::write_file(out, sig, {a.pos[0]});
@@ -116,16 +149,18 @@ int verify(int argc, char** argv, int first) {
     if (cli::wants_help(argc, argv, first)) {
         std::printf(
             "usage: korvex verify (--key KEY|--pub PUB|--cert CERT) --sig SIG\n"
-            "                     [--hash gost94|streebog256] FILE\n\n"
-            "Checks a signature made by 'korvex sign' (raw or hex). Prints 'valid' and\n"
-            "exits 0, or prints 'INVALID' and exits 1.\n");
+            "                     [--hash gost94|streebog256] [--openssl] FILE\n\n"
+            "Checks a signature made by 'korvex sign' (raw or hex), or with --openssl\n"
+            "one in the layout of OpenSSL's GOST engine (openssl dgst -sign). Prints\n"
+            "'valid' and exits 0, or prints 'INVALID' and exits 1.\n");
         return 0;
     }
-    cli::Args a = cli::parse(argc, argv, first, {"--key", "--pub", "--cert", "--sig", "--hash"}, {});
+    cli::Args a = cli::parse(argc, argv, first, {"--key", "--pub", "--cert", "--sig", "--hash"}, {"--openssl"});
     if (a.pos.size() != 1) throw Error("name one signed file");
     cli::KeyPair k = a.has("--cert") ? key_from_cert(a.get("--cert"))
                                      : cli::read_key(a.has("--key") ? a.get("--key") : a.need("--pub"));
     Bytes sig = cli::hex_or_file(a.need("--sig"), 2 * k.width());
+    if (a.has("--openssl")) openssl_to_library(sig);
     Bytes h = file_hash(a.pos[0], k, a.get("--hash"));
     int ok = k.curve.is512
                  ? GOST_34_10_2012_check_DS_512_bit(reinterpret_cast<type_uN<64>*>(h.data()),
