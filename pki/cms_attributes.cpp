@@ -73,6 +73,12 @@ KORVEX_API unsigned int CMS_create_Attribute(unsigned char* text, unsigned int l
     // An item needs its ':' and whole Base64 groups; the decoder reads four
     // characters per group.
     if (k == len || k > 255 || b64 == 0 || b64 % 4 != 0) return 0;
+    // The OID encoder looks for the first '.' without a bound and, past the
+    // second arc, reads one octet beyond the text per further '.': only pass
+    // it text whose item covers that.
+    unsigned int dots = 0;
+    for (unsigned int i = 0; i < k; ++i) dots += text[i] == '.';
+    if (dots == 0 || len - k < dots - 1) return 0;
     unsigned int o = ASN1_code_ASCII_OID_to_DER(text, static_cast<unsigned char>(k), out);
     if (o == 0) return 0;
     unsigned int v = Base64_decode_msg(text + k + 1, b64, out + o);
