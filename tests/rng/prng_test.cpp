@@ -1,0 +1,134 @@
+// The generator: its step against the OpenSSL GOST engine and against a model
+// over the exported CFB mode, seeding and the start-up test, result codes.
+// The generator is one process-wide state: every test sets it first.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "PRNG.h"
+#include "rng/prng_model.h"
+
+namespace {
+
+using kt::Bytes;
+using kt::Out32;
+
+void set_state(const Bytes& s) { std::memcpy(PRNG_get_RAND_ptr(), s.data(), 40); }
+Bytes get_state() { return Bytes(PRNG_get_RAND_ptr(), PRNG_get_RAND_ptr() + 40); }
+
+Out32 draw() {
+    type_uN<32> out;
+    EXPECT_EQ(PRNG_get(&out), 0);
+    Out32 r;
+    std::memcpy(r.data(), out.b, 32);
+    return r;
+}
+
+TEST(PrngStep, MatchesOpensslGostEngine) {
+    auto records = kt::load_records("rng/steps.txt");
+    ASSERT_EQ(records.size(), 5u);
+    for (auto& r : records) {
+        set_state(kt::from_hex(r["seed"]));
+        for (int n = 1; n <= 4; ++n) {
+            Out32 o = draw();
+            EXPECT_EQ(kt::to_hex(o.data(), 32), r["out" + std::to_string(n)]) << r["seed"] << " " << n;
+            // Key erasure: the state is the first 40 bytes of the step.
+            EXPECT_EQ(kt::to_hex(get_state()), r["state" + std::to_string(n)]);
+        }
+    }
+}
+
+TEST(PrngStep, MatchesModelOverManySteps) {
+    kt::Rng rng(11);
+    for (int s = 0; s < 4; ++s) {
+        Bytes seed = rng.bytes(40);
+        set_state(seed);
+        kt::PrngModel m(seed.data());
+        for (int i = 0; i < 200; ++i) ASSERT_EQ(draw(), m.step()) << s << " " << i;
+    }
+}
+
+TEST(PrngGet, NullAndUnseeded) {
+    // All zero: not seeded. Nothing is written, the state does not move.
+    set_state(Bytes(40, 0));
+    type_uN<32> out;
+    std::memset(out.b, 0xA5, 32);
+    EXPECT_EQ(PRNG_get(&out), 1);
+    for (unsigned char c : out.b) ASSERT_EQ(c, 0xA5);
+    EXPECT_EQ(get_state(), Bytes(40, 0));
+    EXPECT_EQ(PRNG_get(nullptr), 2);
+
+    // Null output is 2 even when seeded, and the state stays.
+    Bytes seed = kt::Rng(5).bytes(40);
+    set_state(seed);
+    EXPECT_EQ(PRNG_get(nullptr), 2);
+    EXPECT_EQ(get_state(), seed);
+}
+
+TEST(PrngGet, AnyNonZeroWordCountsAsSeeded) {
+    // Each of the ten 32-bit words alone, the last synchro word included.
+    for (int word = 0; word < 10; ++word)
+        for (unsigned char v : {0x01, 0x80}) {
+            Bytes seed(40, 0);
+            seed[4 * word + 3] = v;
+            set_state(seed);
+            kt::PrngModel m(seed.data());
+            EXPECT_EQ(draw(), m.step()) << word;
+        }
+}
+
+TEST(PrngInit, FirstOutputFollowsTheTestedSteps) {
+    // After a pass at attempt a, the generator has made 3200 * a steps; the
+    // first output is step 3200 * a + 1. Rng(21) fails its first attempt.
+    const uint64_t seeds[] = {1, 2, 3, 21};
+    for (uint64_t s : seeds) {
+        Bytes seed = kt::Rng(s).bytes(40);
+        kt::PrngModel m(seed.data());
+        kt::ModelInit expect = kt::model_init(m);
+        ASSERT_TRUE(expect.passed);
+        if (s == 21) ASSERT_EQ(expect.attempts, 2);
+        EXPECT_EQ(PRNG_init(seed.data()), 0) << s;
+        EXPECT_EQ(get_state(), Bytes(m.st, m.st + 40)) << s << ": 3200 steps per attempt";
+        EXPECT_EQ(draw(), m.step()) << s;
+    }
+}
+
+TEST(PrngInit, TwoGeneratorsSeededAlikeAgree) {
+    Bytes seed = kt::Rng(77).bytes(40);
+    ASSERT_EQ(PRNG_init(seed.data()), 0);
+    std::vector<Out32> first;
+    for (int i = 0; i < 50; ++i) first.push_back(draw());
+    ASSERT_EQ(PRNG_init(seed.data()), 0);
+    for (int i = 0; i < 50; ++i) EXPECT_EQ(draw(), first[i]) << i;
+}
+
+TEST(PrngInit, ZeroSeedFails) {
+    // Never seeded: every step returns 1 without writing, the test judges an
+    // unchanged buffer and fails five times.
+    Bytes zero(40, 0);
+    EXPECT_EQ(PRNG_init(zero.data()), 3);
+    EXPECT_EQ(get_state(), zero);
+    type_uN<32> out;
+    EXPECT_EQ(PRNG_get(&out), 1);
+}
+
+TEST(PrngInit, SeedIsTakenAsIs) {
+    // No hashing or whitening: the seed is the state before the test.
+    Bytes seed = kt::Rng(8).bytes(40);
+    kt::PrngModel m(seed.data());
+    kt::model_init(m);
+    ASSERT_EQ(PRNG_init(seed.data()), 0);
+    EXPECT_EQ(get_state(), Bytes(m.st, m.st + 40));
+}
+
+TEST(PrngInit, SeedFromTheStateItself) {
+    // The source may be the state: the copy must not feed on itself.
+    Bytes seed = kt::Rng(9).bytes(40);
+    set_state(seed);
+    kt::PrngModel a(seed.data());
+    kt::model_init(a);
+    ASSERT_EQ(PRNG_init(PRNG_get_RAND_ptr()), 0);
+    EXPECT_EQ(get_state(), Bytes(a.st, a.st + 40));
+}
+
+}  // namespace
