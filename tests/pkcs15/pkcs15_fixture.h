@@ -1,0 +1,200 @@
+// Helpers of the PKCS#15 tests: generator seeding, fixed inputs, and an
+// independent re-computation of the AuthenticatedData digest and HMAC and of
+// the key wraps, done with the exported primitives and a small DER reader.
+#ifndef KORVEX_TESTS_PKCS15_FIXTURE_H
+#define KORVEX_TESTS_PKCS15_FIXTURE_H
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "common/test_util.h"
+#include "korvex.h"
+
+namespace kt {
+
+inline void seed(uint64_t n = 1) {
+    Rng r(n);
+    Bytes s = r.bytes(40);
+    PRNG_init(s.data());
+}
+// Clears the generator state: every draw fails until the next seed.
+inline void unseed() { std::memset(PRNG_get_RAND_ptr(), 0, 40); }
+
+inline Bytes password() { return Bytes{'p', 'a', 's', 's', 'w', 'o', 'r', 'd', '1', '2', '3'}; }
+inline Bytes wrong_password() { return Bytes{'p', 'a', 's', 's', 'w', 'o', 'r', 'd', '1', '2', '4'}; }
+
+// One DER element inside a buffer (test-side reader, no library code).
+struct Der {
+    size_t at = 0, hl = 0, len = 0;
+    unsigned char tag = 0;
+    size_t value() const { return at + hl; }
+    size_t end() const { return at + hl + len; }
+};
+inline Der der(const Bytes& b, size_t at) {
+    Der d;
+    d.at = at;
+    d.tag = b.at(at);
+    unsigned l = b.at(at + 1);
+    if (l < 0x80) {
+        d.hl = 2;
+        d.len = l;
+    } else {
+        unsigned n = l & 0x7F;
+        d.hl = 2 + n;
+        for (unsigned i = 0; i < n; ++i) d.len = d.len << 8 | b.at(at + 2 + i);
+    }
+    return d;
+}
+// Children of an element, in order.
+inline std::vector<Der> children(const Bytes& b, const Der& d) {
+    std::vector<Der> out;
+    for (size_t p = d.value(); p < d.end();) {
+        out.push_back(der(b, p));
+        p = out.back().end();
+    }
+    return out;
+}
+
+inline type_uN<32> key32(const unsigned char* p) {
+    type_uN<32> k;
+    std::memcpy(k.b, p, 32);
+    return k;
+}
+
+// Unwraps 32 octets with the cipher subsystem's RFC 4357 key unwrap; false
+// when its MAC does not match.
+inline bool unwrap(const unsigned char* ukm, const unsigned char* enc, const unsigned char* mac, type_uN<32> kek,
+                   unsigned char sbox, type_uN<32>& cek) {
+    unsigned char w[44];
+    std::memcpy(w, ukm, 8);
+    std::memcpy(w + 8, enc, 32);
+    std::memcpy(w + 40, mac, 4);
+    return !GOST_28147_89_Key_Unwrap(w, 0, &kek, &cek, sbox);
+}
+
+// Parts of an AuthenticatedData as found by walking it.
+struct AdParts {
+    Der recipients, content_os, attrs, mac;
+    size_t ukm = 0, wrapped = 0, wrap_mac = 0, digest = 0;
+};
+inline AdParts ad_parts(const Bytes& c) {
+    AdParts p;
+    auto top = children(c, der(c, 0));
+    p.recipients = top.at(1);
+    // SET { [2] { INTEGER 4, kekid, alg { OID, params { OID, UKM } }, OCTET STRING { SEQ { enc, mac } } } }
+    auto kekri = children(c, children(c, p.recipients).at(0));
+    auto params = children(c, children(c, kekri.at(2)).at(1));
+    p.ukm = params.at(1).value();
+    auto wrapped = children(c, children(c, kekri.at(3)).at(0));
+    p.wrapped = wrapped.at(0).value();
+    p.wrap_mac = wrapped.at(1).value();
+    size_t i = 3;
+    if (top.at(i).tag == 0xA1) ++i;
+    auto encap = children(c, top.at(i));
+    p.content_os = children(c, encap.at(1)).at(0);
+    p.attrs = top.at(i + 1);
+    p.mac = top.at(i + 2);
+    auto md = children(c, children(c, p.attrs).at(1));
+    p.digest = children(c, md.at(1)).at(0).value();
+    return p;
+}
+
+inline Bytes digest(bool g2012, const unsigned char* data, size_t len) {
+    Bytes in(data, data + len);
+    if (g2012) {
+        type_uN<64> h;
+        GOST_34_11_2012_hash_512_bit(in.data(), static_cast<unsigned>(len), &h);
+        return Bytes(h.b, h.b + 64);
+    }
+    type_uN<32> h;
+    GOST_34_11_94_hash(in.data(), static_cast<unsigned>(len), nullptr, &h);
+    return Bytes(h.b, h.b + 32);
+}
+inline Bytes hmac(bool g2012, Bytes data, type_uN<32> key) {
+    if (g2012) {
+        type_uN<64> h;
+        GOST_34_11_2012_HMAC_512_bit(data.data(), static_cast<unsigned>(data.size()), key.b, 32, &h);
+        return Bytes(h.b, h.b + 64);
+    }
+    type_uN<32> h;
+    GOST_34_11_94_HMAC(data.data(), static_cast<unsigned>(data.size()), key.b, 32, &h);
+    return Bytes(h.b, h.b + 32);
+}
+
+// Result of checking an AuthenticatedData from outside.
+struct AdCheck {
+    bool key_mac = false;       // the MAC key's wrap MAC matches
+    bool digest = false;        // messageDigest matches the content
+    bool hmac_82 = false;       // HMAC matches with the attributes' tag as 0x82
+    bool hmac_a2 = false;       // HMAC matches over the attributes as stored
+    bool hmac_31 = false;       // HMAC matches over a SET OF (RFC 5652 9.2)
+};
+inline AdCheck check_ad(const Bytes& c, type_uN<32> kek, bool g2012) {
+    AdCheck r;
+    AdParts p = ad_parts(c);
+    type_uN<32> mk;
+    r.key_mac = unwrap(&c[p.ukm], &c[p.wrapped], &c[p.wrap_mac], kek, g2012 ? 7 : 2, mk);
+    Bytes d = digest(g2012, &c[p.content_os.value()], p.content_os.len);
+    r.digest = std::equal(d.begin(), d.end(), c.begin() + p.digest);
+    Bytes attrs(c.begin() + p.attrs.at, c.begin() + p.attrs.end());
+    Bytes stored(c.begin() + p.mac.value(), c.begin() + p.mac.end());
+    r.hmac_a2 = hmac(g2012, attrs, mk) == stored;
+    attrs[0] = 0x82;
+    r.hmac_82 = hmac(g2012, attrs, mk) == stored;
+    attrs[0] = 0x31;
+    r.hmac_31 = hmac(g2012, attrs, mk) == stored;
+    return r;
+}
+
+inline type_uN<32> kek_of(bool g2012, Bytes pwd, const unsigned char* salt, unsigned short iterations = 2000) {
+    type_uN<32> k;
+    Bytes s(salt, salt + 32);
+    if (g2012)
+        pkcs5_PBKDF2_2012(pwd.data(), static_cast<unsigned char>(pwd.size()), s.data(), iterations, &k);
+    else
+        pkcs5_PBKDF2(pwd.data(), static_cast<unsigned char>(pwd.size()), s.data(), iterations, &k);
+    return k;
+}
+
+// Containers built once per process with fixed inputs.
+inline type_uN<32> sample_key() {
+    type_uN<32> k;
+    for (int i = 0; i < 32; ++i) k.b[i] = static_cast<unsigned char>(0x10 + i);
+    return k;
+}
+inline Bytes sample_rnd() {
+    Bytes r(40);
+    for (int i = 0; i < 40; ++i) r[i] = static_cast<unsigned char>(0xA0 + i);
+    return r;
+}
+inline TSecretKey sample_key_2012() {
+    TSecretKey k;
+    for (int i = 0; i < 64; ++i) k.b[i] = static_cast<unsigned char>(0x40 + 3 * i);
+    return k;
+}
+
+inline Bytes make_2001(unsigned short usage, bool mapped = true, Bytes pwd = password()) {
+    type_uN<32> key = sample_key();
+    Bytes rnd = sample_rnd();
+    unsigned n = mapped ? pkcs15_create_conteiner_new(nullptr, &key, rnd.data(), pwd.data(), (unsigned char)pwd.size(), usage)
+                        : pkcs15_create_conteiner(nullptr, &key, rnd.data(), pwd.data(), (unsigned char)pwd.size());
+    Bytes c(n);
+    unsigned w = mapped ? pkcs15_create_conteiner_new(c.data(), &key, rnd.data(), pwd.data(), (unsigned char)pwd.size(), usage)
+                        : pkcs15_create_conteiner(c.data(), &key, rnd.data(), pwd.data(), (unsigned char)pwd.size());
+    if (w != n) return Bytes();
+    return c;
+}
+inline Bytes make_2012(unsigned char kind, unsigned short usage = 0, Bytes pwd = password()) {
+    TSecretKey key = sample_key_2012();
+    Bytes rnd = sample_rnd();
+    unsigned n = pkcs15_create_conteiner_2012(nullptr, &key, rnd.data(), usage, pwd.data(), (unsigned char)pwd.size(), kind);
+    Bytes c(n);
+    unsigned w = pkcs15_create_conteiner_2012(c.data(), &key, rnd.data(), usage, pwd.data(), (unsigned char)pwd.size(), kind);
+    if (w != n || n == 0) return Bytes();
+    return c;
+}
+
+}  // namespace kt
+
+#endif
