@@ -1,0 +1,274 @@
+// PKCS#12 container: known-answer containers built from the layout table by
+// tests/vectors/pkcs12/generate.sh, round trips, password handling, close and
+// change-password, and the failure codes of the container functions.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "GOST_28147_89.h"
+#include "GOST_34_11_94.h"
+#include "common/test_util.h"
+#include "pkcs12.h"
+#include "pkcs5.h"
+
+namespace {
+
+using kt::Bytes;
+
+struct Case {
+    std::string name;
+    Bytes key, aux, password, salt, iv, container;
+};
+
+std::vector<Case> cases() {
+    std::vector<Case> out;
+    for (auto& r : kt::load_records("pkcs12/pkcs12.txt"))
+        out.push_back({r.at("name"), kt::from_hex(r.at("key")), kt::from_hex(r.at("aux")),
+                       kt::from_hex(r.at("password")), kt::from_hex(r.at("salt")), kt::from_hex(r.at("iv")),
+                       kt::from_hex(r.at("container"))});
+    return out;
+}
+
+Bytes create(Case c) {
+    Bytes out(PKCS12_CONTEINER_SIZE, 0xEE);
+    type_uN<32> key;
+    std::copy(c.key.begin(), c.key.end(), key.b);
+    EXPECT_EQ(0, pkcs12_create_conteiner(out.data(), 0, &key, c.aux.data(), c.password.data(),
+                                         static_cast<unsigned char>(c.password.size()), c.salt.data(),
+                                         c.iv.data()));
+    return out;
+}
+
+unsigned char open(Bytes& container, const Bytes& password, Bytes* key, Bytes* aux) {
+    Bytes pw = password;
+    return pkcs12_open_conteiner(key ? reinterpret_cast<type_uN<32>*>(key->data()) : nullptr,
+                                 aux ? aux->data() : nullptr, pw.data(), static_cast<unsigned char>(pw.size()),
+                                 container.data());
+}
+
+Bytes str(const char* s) { return Bytes(s, s + std::char_traits<char>::length(s)); }
+
+// Recomputes the MAC of a container whose MacData salt and count are the
+// PBKDF2 ones, as a container the library wrote; used to forge containers
+// whose content is damaged but whose MAC is right.
+void reseal(Bytes& c, const Bytes& password, const Bytes& plain) {
+    type_uN<32> k;
+    Bytes pw = password;
+    pkcs5_PBKDF2(pw.data(), static_cast<unsigned char>(pw.size()), c.data() + 92, 1024, &k);
+    Bytes enc = plain;
+    type_u64 iv;
+    std::memcpy(&iv, c.data() + 133, 8);
+    GOST_28147_89_ZR_CTR(enc.data(), 152, &k, &iv, 2);
+    std::copy(enc.begin(), enc.end(), c.begin() + 153);
+    GOST_34_11_94_HMAC(c.data() + 23, 282, k.b, 32, reinterpret_cast<type_uN<32>*>(c.data() + 330));
+}
+
+Bytes plaintext(const Bytes& c, const Bytes& password) {
+    type_uN<32> k;
+    Bytes pw = password;
+    pkcs5_PBKDF2(pw.data(), static_cast<unsigned char>(pw.size()), const_cast<unsigned char*>(c.data()) + 92, 1024,
+                 &k);
+    Bytes plain(c.begin() + 153, c.begin() + 305);
+    type_u64 iv;
+    std::memcpy(&iv, c.data() + 133, 8);
+    GOST_28147_89_ZR_CTR(plain.data(), 152, &k, &iv, 2);
+    return plain;
+}
+
+TEST(Pkcs12Container, CreateMatchesLayoutBuiltByPeer) {
+    for (auto& c : cases()) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(kt::to_hex(c.container), kt::to_hex(create(c)));
+    }
+}
+
+TEST(Pkcs12Container, FixedOctets) {
+    Case c = cases()[0];
+    Bytes out = create(c);
+    EXPECT_EQ("308271", kt::to_hex(out.data(), 3));
+    EXPECT_EQ("02028800", kt::to_hex(out.data() + 96, 4));
+    EXPECT_EQ("02028800", kt::to_hex(out.data() + 368, 4));
+    EXPECT_EQ(kt::to_hex(c.salt), kt::to_hex(out.data() + 92, 4));
+    EXPECT_EQ(kt::to_hex(c.salt), kt::to_hex(out.data() + 364, 4));
+    EXPECT_EQ(kt::to_hex(c.iv), kt::to_hex(out.data() + 133, 8));
+    // The plaintext SafeContents ends in five padding octets of 5.
+    Bytes plain = plaintext(out, c.password);
+    EXPECT_EQ("0505050505", kt::to_hex(plain.data() + 147, 5));
+    EXPECT_EQ(kt::to_hex(c.key), kt::to_hex(plain.data() + 54, 32));
+    EXPECT_EQ(kt::to_hex(c.aux), kt::to_hex(plain.data() + 107, 40));
+}
+
+TEST(Pkcs12Container, OpenReturnsKeyAndAuxAndLeavesContainer) {
+    for (auto& c : cases()) {
+        SCOPED_TRACE(c.name);
+        Bytes box = c.container, key(32), aux(40);
+        EXPECT_EQ(0, open(box, c.password, &key, &aux));
+        EXPECT_EQ(c.key, key);
+        EXPECT_EQ(c.aux, aux);
+        EXPECT_EQ(c.container, box);
+        EXPECT_EQ(0, pkcs12_conteiner_check_MAC(c.password.data(), static_cast<unsigned char>(c.password.size()),
+                                                box.data()));
+    }
+}
+
+TEST(Pkcs12Container, OpenWithNullOutputs) {
+    Case c = cases()[0];
+    Bytes key(32, 0), aux(40, 0);
+    EXPECT_EQ(0, open(c.container, c.password, &key, nullptr));
+    EXPECT_EQ(c.key, key);
+    EXPECT_EQ(0, open(c.container, c.password, nullptr, &aux));
+    EXPECT_EQ(c.aux, aux);
+    EXPECT_EQ(0, open(c.container, c.password, nullptr, nullptr));
+}
+
+TEST(Pkcs12Container, WrongPasswordGives2AndWritesNothing) {
+    for (auto& c : cases()) {
+        SCOPED_TRACE(c.name);
+        for (Bytes pw : {str("Password"), str(""), str("password "), c.password.empty() ? str("x") : Bytes(c.password.begin(), c.password.end() - 1)}) {
+            if (pw == c.password) continue;
+            Bytes box = c.container, key(32, 0xA5), aux(40, 0x5A);
+            EXPECT_EQ(2, open(box, pw, &key, &aux));
+            EXPECT_EQ(Bytes(32, 0xA5), key);
+            EXPECT_EQ(Bytes(40, 0x5A), aux);
+            EXPECT_EQ(c.container, box);
+            EXPECT_EQ(2, pkcs12_conteiner_check_MAC(pw.data(), static_cast<unsigned char>(pw.size()), box.data()));
+        }
+    }
+}
+
+TEST(Pkcs12Container, DamageInsideTheMacRegionGives2) {
+    Case c = cases()[0];
+    for (unsigned off : {23u, 92u, 133u, 153u, 200u, 304u}) {
+        SCOPED_TRACE(off);
+        Bytes box = c.container, key(32, 0xA5);
+        box[off] ^= 0x01;
+        EXPECT_EQ(2, open(box, c.password, &key, nullptr));
+        EXPECT_EQ(Bytes(32, 0xA5), key);
+    }
+    Bytes box = c.container;
+    box[361] ^= 0x80;  // the stored MAC itself
+    EXPECT_EQ(2, open(box, c.password, nullptr, nullptr));
+}
+
+TEST(Pkcs12Container, CloseStoresNewAuxKeepsKey) {
+    Case c = cases()[0];
+    Bytes box = c.container, aux = kt::Rng(7).bytes(40);
+    EXPECT_EQ(0, pkcs12_close_conteiner(aux.data(), c.password.data(), static_cast<unsigned char>(c.password.size()),
+                                        box.data()));
+    Bytes key(32), got(40);
+    EXPECT_EQ(0, open(box, c.password, &key, &got));
+    EXPECT_EQ(c.key, key);
+    EXPECT_EQ(aux, got);
+    // Only the content and the MAC value changed.
+    EXPECT_TRUE(std::equal(box.begin(), box.begin() + 153, c.container.begin()));
+    EXPECT_TRUE(std::equal(box.begin() + 305, box.begin() + 330, c.container.begin() + 305));
+    EXPECT_TRUE(std::equal(box.begin() + 362, box.end(), c.container.begin() + 362));
+    // Closing with the same block again gives the original container back.
+    Bytes box2 = box;
+    EXPECT_EQ(0, pkcs12_close_conteiner(c.aux.data(), c.password.data(),
+                                        static_cast<unsigned char>(c.password.size()), box2.data()));
+    EXPECT_EQ(c.container, box2);
+}
+
+TEST(Pkcs12Container, CloseWithWrongPasswordChangesNothing) {
+    Case c = cases()[0];
+    Bytes box = c.container, aux(40, 1), pw = str("wrong");
+    EXPECT_EQ(2, pkcs12_close_conteiner(aux.data(), pw.data(), 5, box.data()));
+    EXPECT_EQ(c.container, box);
+}
+
+TEST(Pkcs12Container, ChangePassword) {
+    for (auto& c : cases()) {
+        SCOPED_TRACE(c.name);
+        Bytes box = c.container, q = str("new secret");
+        EXPECT_EQ(0, pkcs12_conteiner_change_pass(c.password.data(), static_cast<unsigned char>(c.password.size()),
+                                                  q.data(), static_cast<unsigned char>(q.size()), box.data()));
+        Bytes key(32), aux(40);
+        EXPECT_EQ(0, open(box, q, &key, &aux));
+        EXPECT_EQ(c.key, key);
+        EXPECT_EQ(c.aux, aux);
+        EXPECT_EQ(2, open(box, c.password, nullptr, nullptr));
+        // Salt, count, IV and MacData salt and count are kept.
+        EXPECT_TRUE(std::equal(box.begin(), box.begin() + 153, c.container.begin()));
+        EXPECT_TRUE(std::equal(box.begin() + 362, box.end(), c.container.begin() + 362));
+        // It equals a container created under the new password.
+        Case n = c;
+        n.password = q;
+        EXPECT_EQ(create(n), box);
+    }
+}
+
+TEST(Pkcs12Container, ChangePasswordWithWrongOldPasswordChangesNothing) {
+    Case c = cases()[0];
+    Bytes box = c.container, bad = str("bad"), q = str("q");
+    EXPECT_EQ(2, pkcs12_conteiner_change_pass(bad.data(), 3, q.data(), 1, box.data()));
+    EXPECT_EQ(c.container, box);
+}
+
+TEST(Pkcs12Container, DamagedContentBehindValidMacGives3) {
+    Case c = cases()[0];
+    for (unsigned field : {52u, 105u}) {
+        SCOPED_TRACE(field);
+        Bytes box = c.container;
+        Bytes plain = plaintext(box, c.password);
+        plain[field] = 0x05;  // not 02, 04, 06 or 30
+        reseal(box, c.password, plain);
+        Bytes forged = box, key(32, 0xA5), aux(40, 0x5A);
+        EXPECT_EQ(3, open(box, c.password, &key, &aux));
+        EXPECT_EQ(Bytes(32, 0xA5), key);  // nothing written, not even the key
+        EXPECT_EQ(Bytes(40, 0x5A), aux);
+        EXPECT_EQ(forged, box);
+        if (field == 105) {
+            EXPECT_EQ(3, pkcs12_close_conteiner(aux.data(), c.password.data(),
+                                                static_cast<unsigned char>(c.password.size()), box.data()));
+            EXPECT_EQ(forged, box);
+        }
+    }
+}
+
+TEST(Pkcs12Container, MacValueTagErrorLeavesNewContentUnderOldMac) {
+    // The MAC value element is outside the MAC'd region: close checks the MAC,
+    // writes the content back and only then meets the bad tag.
+    Case c = cases()[0];
+    Bytes box = c.container, aux(40, 0x77);
+    box[328] = 0x05;
+    EXPECT_EQ(0, open(box, c.password, nullptr, nullptr));
+    EXPECT_EQ(5, pkcs12_close_conteiner(aux.data(), c.password.data(),
+                                        static_cast<unsigned char>(c.password.size()), box.data()));
+    EXPECT_NE(Bytes(c.container.begin() + 153, c.container.begin() + 305), Bytes(box.begin() + 153, box.begin() + 305));
+    EXPECT_TRUE(std::equal(box.begin() + 330, box.begin() + 362, c.container.begin() + 330));
+    EXPECT_EQ(2, open(box, c.password, nullptr, nullptr));
+}
+
+TEST(Pkcs12Container, MacDataTagErrorsGive5) {
+    Case c = cases()[0];
+    for (unsigned off : {362u, 368u}) {
+        Bytes box = c.container, key(32, 0xA5);
+        box[off] = 0x31;
+        EXPECT_EQ(5, open(box, c.password, &key, nullptr));
+        EXPECT_EQ(Bytes(32, 0xA5), key);
+        EXPECT_EQ(5, pkcs12_conteiner_check_MAC(c.password.data(), static_cast<unsigned char>(c.password.size()),
+                                                box.data()));
+    }
+}
+
+TEST(Pkcs12Container, Pbkdf2Parameters) {
+    Case c = cases()[0];
+    unsigned char salt[4] = {};
+    unsigned short iterations = 0;
+    pkcs12_get_pbkdf2_par(salt, &iterations, c.container.data());
+    EXPECT_EQ(c.salt, Bytes(salt, salt + 4));
+    EXPECT_EQ(1024, iterations);
+}
+
+TEST(Pkcs12Container, LongPasswordRoundTrip) {
+    Case c = cases()[0];
+    c.password = Bytes(255, 'p');
+    Bytes box = create(c), key(32), aux(40);
+    EXPECT_EQ(0, open(box, c.password, &key, &aux));
+    EXPECT_EQ(c.key, key);
+    EXPECT_EQ(2, open(box, Bytes(254, 'p'), &key, &aux));
+}
+
+}  // namespace
