@@ -1,0 +1,134 @@
+// Truncated and length-corrupted certificates and messages under
+// AddressSanitizer: the outermost element is framed to match its buffer
+// exactly, so any read outside an element's parent is reported.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+
+#include "CMS.h"
+#include "pki/pki_fixtures.h"
+#include "x_509.h"
+
+using namespace pkt;
+
+namespace {
+
+// A heap buffer of exactly the element's size.
+struct Exact {
+    std::unique_ptr<unsigned char[]> p;
+    size_t n;
+    explicit Exact(const Bytes& b) : p(new unsigned char[b.size()]), n(b.size()) {
+        std::copy(b.begin(), b.end(), p.get());
+    }
+    unsigned char* data() { return p.get(); }
+};
+
+Bytes content_of(const Bytes& der) { return Bytes(der.begin() + header_size(der.data()), der.end()); }
+
+void touch_certificate(const Bytes& der, bool verify) {
+    Exact c(der);
+    unsigned char* p = c.data();
+    x_509_find_public_key_info_block(p);
+    x_509_get_open_key(p);
+    x_509_get_open_key_parametrs_ds(p);
+    x_509_get_open_key_parametrs_ds_512bit(p);
+    x_509_get_certificate_length(p);
+    x509_field_pointers f = x_509_get_field_pointers(p);
+    if (f.subject.ptr) x_509_parse_Name_field(f.subject.ptr);
+    if (f.issuer.ptr) x_509_parse_Name_field(f.issuer.ptr);
+    x_509_get_key_usage(p);
+    x_509_get_textbox_of_cer(p);
+    if (verify) x_509_check_certificate(p, nullptr);
+
+    Bytes block(66, 0);
+    block[0] = 0x04, block[1] = 0x40;
+    unsigned char content[3] = {1, 2, 3};
+    unsigned n = CMS_SignedData_create(content, 3, block.data(), 66, p, 1, nullptr);
+    if (n) {
+        Exact msg{Bytes(n)};
+        EXPECT_EQ(CMS_SignedData_create(content, 3, block.data(), 66, p, 1, msg.data()), n);
+    }
+}
+
+void touch_message(const Bytes& der, const Bytes& cert, bool verify) {
+    Exact m(der);
+    cms_signed_data_t r = CMS_SignedData_parse(m.data());
+    if (r.signed_attrs) {
+        CMS_SignedAttr_find_msg_digest_value_field(r.signed_attrs);
+        CMS_SignedAttr_MIME_type(r.signed_attrs);
+        Bytes attrs(r.signed_attrs, r.signed_attrs + r.signed_attrs_len);
+        Bytes run = content_of(attrs);
+        Exact sorted(run);
+        CMS_DER_SetOf_sort(sorted.data(), sorted.n);
+    }
+    if (r.certificate) touch_certificate(Bytes(r.certificate, r.certificate + r.certificate_len), false);
+    if (verify && r.signature && r.signature_len >= 64) {
+        Exact c(cert);
+        CMS_SignedData_check(r.signed_attrs, nullptr, r.content, r.content_len, c.data(),
+                             reinterpret_cast<type_uN<64>*>(r.signature));
+    }
+}
+
+// Every prefix of the content, reframed.
+void truncations(const Bytes& der, const std::function<void(const Bytes&, bool)>& touch) {
+    Bytes content = content_of(der);
+    for (size_t t = 0; t < content.size(); ++t)
+        touch(tlv(der[0], Bytes(content.begin(), content.begin() + t)), t % 16 == 0);
+}
+
+// Every octet replaced by length-like values; the outer header stays valid.
+void corruptions(const Bytes& der, const std::function<void(const Bytes&, bool)>& touch) {
+    Bytes content = content_of(der);
+    size_t h = header_size(der.data());
+    for (size_t i = 0; i < content.size(); ++i) {
+        unsigned char orig = content[i];
+        for (unsigned v : {0x00u, 0x01u, 0x7Fu, 0x80u, 0x81u, 0x82u, 0x83u, 0x84u, 0xFFu, orig + 1u, orig + 0x40u}) {
+            Bytes bad = der;
+            bad[h + i] = static_cast<unsigned char>(v);
+            touch(bad, false);
+        }
+    }
+}
+
+std::vector<Bytes> messages() {
+    std::vector<Bytes> out = {kt::load_file("pki/cms_openssl_ca_a.der"), kt::load_file("pki/cms_openssl_leaf_b.der")};
+    // Also messages laid out by the library, with both attribute kinds (the
+    // signature is left empty: only the layout matters here).
+    CertFacts ca = fixture_cert("ca_a");
+    std::string sig = item("1.2.840.113549.1.9.5", text(0x17, "240101120000Z")) + "&" +
+                      item("1.2.3.4", seq({oid("2A03"), text(0x04, "text/plain")}));
+    std::string uns = item("1.2.3.5", tlv(0x04, Bytes(20, 9)));
+    unsigned char* s = reinterpret_cast<unsigned char*>(&sig[0]);
+    unsigned char* u = reinterpret_cast<unsigned char*>(&uns[0]);
+    Bytes block(CMS_create_SignedAttr(s, sig.size(), u, uns.size(), nullptr, 0, nullptr));
+    block.resize(CMS_create_SignedAttr(s, sig.size(), u, uns.size(), nullptr, 0, block.data()));
+    Bytes content = str("content");
+    for (bool attached : {true, false}) {
+        Bytes msg(CMS_SignedData_create(attached ? content.data() : nullptr, attached ? content.size() : 0,
+                                        block.data(), block.size(), ca.der.data(), 1, nullptr));
+        CMS_SignedData_create(attached ? content.data() : nullptr, attached ? content.size() : 0, block.data(),
+                              block.size(), ca.der.data(), 1, msg.data());
+        out.push_back(msg);
+    }
+    return out;
+}
+
+}  // namespace
+
+TEST(BadInputAsan, Certificates) {
+    for (CertFacts& c : fixture_certs()) {
+        SCOPED_TRACE(c.name);
+        truncations(c.der, touch_certificate);
+        corruptions(c.der, touch_certificate);
+    }
+}
+
+TEST(BadInputAsan, Messages) {
+    CertFacts ca = fixture_cert("ca_a");
+    auto touch = [&](const Bytes& m, bool verify) { touch_message(m, ca.der, verify); };
+    for (Bytes& m : messages()) {
+        truncations(m, touch);
+        corruptions(m, touch);
+    }
+}
