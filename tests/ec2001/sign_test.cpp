@@ -1,0 +1,294 @@
+// GOST R 34.10-2001 keys, signatures and VKO: the example of the standard,
+// every result code and quirk of the check, and interop with OpenSSL's GOST
+// engine (fixtures from tests/vectors/ec2001/generate.sh).
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "GOST_34_10_2012.h"
+#include "GOST_34_11_2012.h"
+#include "GOST_34_11_94.h"
+#include "PRNG.h"
+#include "ec2001/ec_test_util.h"
+
+using ect::be256;
+using ect::small;
+using ect::u256;
+using T = type_uN<32>;
+using Sig = type_uN<64>;
+
+namespace {
+
+// The example of GOST R 34.10-2001 (appendix A) on the test curve.
+const T kD = be256("7A929ADE789BB9BE10ED359DD39A72C11B60961F49397EEE1D19CE9891EC3B28");
+const T kQx = be256("7F2B49E270DB6D90D8595BEC458B50C58585BA1D4E9B788F6689DBD8E56FD80B");
+const T kQy = be256("26F1B489D6701DD185C8413A977B3CBBAF64D1C593D26627DFFB101A87FF77DA");
+const T kE = be256("2DFBC1B372D89A1188C09C52E0EEC61FCE52032AB1022E8E67ECE6672B043EE5");
+const char* kR = "41AA28D2F1AB148280CD9ED56FEDA41974053554A42767B83AD043FD39DC0493";
+const char* kS = "01456C64BA4642A1653C235A98A60249BCD6D3F746B631DF928014F6C5BF9C40";
+
+Sig pub(const T& x, const T& y) {
+    Sig q;
+    std::memcpy(q.b, x.b, 32);
+    std::memcpy(q.b + 32, y.b, 32);
+    return q;
+}
+
+// RFC 4490 layout: s big-endian, then r big-endian.
+Sig rfc4490(const std::string& s_be, const std::string& r_be) {
+    return ect::from_hex<64>(s_be + r_be);
+}
+
+Sig reversed_halves(const Sig& s) {
+    Sig r;
+    for (int i = 0; i < 32; ++i) {
+        r.b[i] = s.b[31 - i];
+        r.b[32 + i] = s.b[63 - i];
+    }
+    return r;
+}
+
+void seed_prng(unsigned char first = 1) {
+    unsigned char seed[40];
+    for (int i = 0; i < 40; ++i) seed[i] = static_cast<unsigned char>(first + i);
+    ASSERT_EQ(PRNG_init(seed), 0);
+}
+
+// Empties the generator for one test, then puts the old state back.
+struct UnseededPrng {
+    unsigned char saved[40];
+    UnseededPrng() {
+        std::memcpy(saved, PRNG_get_RAND_ptr(), 40);
+        std::memset(PRNG_get_RAND_ptr(), 0, 40);
+    }
+    ~UnseededPrng() { std::memcpy(PRNG_get_RAND_ptr(), saved, 40); }
+};
+
+TEST(Gost2001, ExamplePublicKeyOnEveryTestSelector) {
+    for (unsigned char set : {0, 4, 17, 255}) {
+        T d = kD;
+        Sig q;
+        GOST_34_10_2001_gen_open_key(&d, &q, set);
+        EXPECT_EQ(q, pub(kQx, kQy)) << int(set);
+    }
+}
+
+TEST(Gost2001, ExampleSignatureVerifies) {
+    Sig q = pub(kQx, kQy);
+    T e = kE;
+    Sig sig = rfc4490(kS, kR), orig = sig;
+    EXPECT_EQ(GOST_34_10_2001_check_DS(&e, &q, &sig, 0), 1);
+    EXPECT_EQ(sig, orig);  // a full check restores the caller's layout
+    // One bit changed anywhere: the hash, s, r, or the key.
+    for (int where = 0; where < 4; ++where) {
+        T e2 = kE;
+        Sig q2 = q, sig2 = orig;
+        if (where == 0) e2.b[7] ^= 0x10;
+        if (where == 1) sig2.b[31] ^= 1;   // low bit of s
+        if (where == 2) sig2.b[40] ^= 4;
+        if (where == 3) q2.b[3] ^= 1;
+        EXPECT_EQ(GOST_34_10_2001_check_DS(&e2, &q2, &sig2, 0), 0) << where;
+        EXPECT_EQ(sig2.b[31] ^ orig.b[31], where == 1 ? 1 : 0);
+    }
+}
+
+// Out-of-range s or r: 0 at once, with the buffer left byte-reversed; a
+// second rotation restores it.
+TEST(Gost2001, EarlyRejectLeavesBufferReversed) {
+    ect::Curve c = ect::curve(0);
+    std::string q_be = kt::to_hex(kt::reversed(kt::Bytes(c.q.b, c.q.b + 32)));
+    std::string zero(64, '0');
+    struct Case { std::string s, r; const char* what; };
+    const Case cases[] = {
+        {zero, kR, "s = 0"},
+        {kS, zero, "r = 0"},
+        {q_be, kR, "s = q"},
+        {kS, q_be, "r = q"},
+        {std::string(64, 'f'), kR, "s > q"},
+    };
+    Sig q = pub(kQx, kQy);
+    for (const auto& k : cases) {
+        T e = kE;
+        Sig sig = rfc4490(k.s, k.r), orig = sig;
+        EXPECT_EQ(GOST_34_10_2001_check_DS(&e, &q, &sig, 0), 0) << k.what;
+        EXPECT_EQ(sig, reversed_halves(orig)) << k.what;
+        GOST_34_10_2001_rotate_DS_RFC4490(&sig);
+        EXPECT_EQ(sig, orig) << k.what;
+    }
+}
+
+TEST(Gost2001, RotateReversesEachHalfOnly) {
+    Sig s;
+    for (int i = 0; i < 64; ++i) s.b[i] = static_cast<unsigned char>(i);
+    Sig r = s;
+    GOST_34_10_2001_rotate_DS_RFC4490(&r);
+    for (int i = 0; i < 32; ++i) {
+        EXPECT_EQ(r.b[i], 31 - i);
+        EXPECT_EQ(r.b[32 + i], 63 - i);
+    }
+    GOST_34_10_2001_rotate_DS_RFC4490(&r);
+    EXPECT_EQ(r, s);
+}
+
+TEST(Gost2001, GeneratorNotSeeded) {
+    UnseededPrng guard;
+    T d = small(0x55), h = kE;
+    Sig q = pub(small(0x66), small(0x77)), sig;
+    std::memset(sig.b, 0xAA, 64);
+    EXPECT_EQ(GOST_34_10_2001_gen_key_pair(&d, &q, 1), 1);
+    EXPECT_EQ(q, pub(small(0x66), small(0x77)));  // nothing computed
+    T dk = kD;
+    EXPECT_EQ(GOST_34_10_2001_create_DS(&h, &dk, &sig, 1), 1);
+    EXPECT_EQ(sig, Sig{});  // zeros in the internal layout, never rotated
+}
+
+class PerSet : public ::testing::TestWithParam<int> {};
+
+TEST_P(PerSet, KeyPairSignVerify) {
+    unsigned char set = static_cast<unsigned char>(GetParam());
+    ect::Curve c = ect::curve(set);
+    seed_prng(static_cast<unsigned char>(10 + set));
+    T d;
+    Sig q, q2;
+    ASSERT_EQ(GOST_34_10_2001_gen_key_pair(&d, &q, set), 0);
+    EXPECT_EQ(GOST_34_10_2001_comparison_256_bit_zero(&d), 2);
+    EXPECT_EQ(GOST_34_10_2001_comparison_256_bit(&d, &c.q), 0);
+    GOST_34_10_2001_gen_open_key(&d, &q2, set);
+    EXPECT_EQ(q, q2);
+
+    kt::Rng rng(set + 1);
+    kt::Bytes hb = rng.bytes(32);
+    T h;
+    std::memcpy(h.b, hb.data(), 32);
+    Sig sig;
+    ASSERT_EQ(GOST_34_10_2001_create_DS(&h, &d, &sig, set), 0);
+    Sig kept = sig;
+    EXPECT_EQ(GOST_34_10_2001_check_DS(&h, &q, &sig, set), 1);
+    EXPECT_EQ(sig, kept);
+    // s and r are big-endian and below q.
+    Sig internal = reversed_halves(sig);
+    T s, r;
+    std::memcpy(s.b, internal.b, 32);
+    std::memcpy(r.b, internal.b + 32, 32);
+    EXPECT_EQ(GOST_34_10_2001_comparison_256_bit(&s, &c.q), 0);
+    EXPECT_EQ(GOST_34_10_2001_comparison_256_bit(&r, &c.q), 0);
+    // Another curve's check fails.
+    unsigned char other = set == 1 ? 2 : 1;
+    EXPECT_EQ(GOST_34_10_2001_check_DS(&h, &q, &sig, other), 0);
+}
+
+// A hash equal to q or to 0 reduces to 0 and is then taken as 1.
+TEST_P(PerSet, HashOfZeroOrQActsAsOne) {
+    unsigned char set = static_cast<unsigned char>(GetParam());
+    ect::Curve c = ect::curve(set);
+    seed_prng(33);
+    T d;
+    Sig q;
+    ASSERT_EQ(GOST_34_10_2001_gen_key_pair(&d, &q, set), 0);
+    T one = small(1), zero{}, qh = c.q;
+    for (T h : {qh, zero}) {
+        Sig sig;
+        ASSERT_EQ(GOST_34_10_2001_create_DS(&h, &d, &sig, set), 0);
+        Sig s2 = sig;
+        EXPECT_EQ(GOST_34_10_2001_check_DS(&one, &q, &s2, set), 1);
+        s2 = sig;
+        EXPECT_EQ(GOST_34_10_2001_check_DS(&qh, &q, &s2, set), 1);
+        s2 = sig;
+        EXPECT_EQ(GOST_34_10_2001_check_DS(&zero, &q, &s2, set), 1);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Sets, PerSet, ::testing::Values(0, 1, 2, 3));
+
+// OpenSSL's keys and signatures over GOST R 34.11-94 digests.
+TEST(Gost2001Interop, OpenSslSignaturesVerify) {
+    int n = 0;
+    for (auto& rec : kt::load_records("ec2001/sign.txt")) {
+        unsigned char set = static_cast<unsigned char>(std::stoi(rec["set"]));
+        T d = u256(rec["d"]);
+        Sig q = ect::from_hex<64>(rec["Q"]), mine;
+        GOST_34_10_2001_gen_open_key(&d, &mine, set);
+        EXPECT_EQ(mine, q) << rec["paramset"];
+        kt::Bytes msg = kt::from_hex(rec["msg"]);
+        T h;
+        GOST_34_11_94_hash(msg.data(), static_cast<unsigned>(msg.size()), nullptr, &h);
+        EXPECT_EQ(ect::hex(h), rec["digest"]);
+        h = u256(rec["digest"]);
+        Sig sig = ect::from_hex<64>(rec["sig"]);
+        EXPECT_EQ(GOST_34_10_2001_check_DS(&h, &q, &sig, set), 1) << rec["paramset"];
+        h.b[0] ^= 1;
+        EXPECT_EQ(GOST_34_10_2001_check_DS(&h, &q, &sig, set), 0) << rec["paramset"];
+        ++n;
+    }
+    EXPECT_EQ(n, 12);
+}
+
+// Our signatures, accepted by `openssl pkeyutl -verify` when the fixtures
+// were made: the same seed gives the same bytes.
+TEST(Gost2001Interop, OurSignaturesAsOpenSslChecked) {
+    auto recs = kt::load_records("ec2001/ours.txt");
+    ASSERT_FALSE(recs.empty());
+    kt::Bytes seed = kt::from_hex(recs[0]["seed"]);
+    int n = 0;
+    for (size_t i = 1; i < recs.size(); ++i) {
+        auto& rec = recs[i];
+        unsigned char set = static_cast<unsigned char>(std::stoi(rec["set"]));
+        ASSERT_EQ(PRNG_init(seed.data()), 0);
+        T h = u256(rec["digest"]), d = u256(rec["d"]);
+        Sig sig, q = ect::from_hex<64>(rec["Q"]);
+        ASSERT_EQ(GOST_34_10_2001_create_DS(&h, &d, &sig, set), 0);
+        EXPECT_EQ(ect::hex(sig), rec["sig"]);
+        EXPECT_EQ(GOST_34_10_2001_check_DS(&h, &q, &sig, set), 1);
+        ++n;
+    }
+    EXPECT_EQ(n, 12);
+}
+
+TEST(Gost2001Interop, VkoAgreesWithOpenSsl) {
+    int n = 0;
+    for (auto& rec : kt::load_records("ec2001/vko.txt")) {
+        unsigned char set = static_cast<unsigned char>(std::stoi(rec["set"]));
+        bool is2012 = rec["alg"] == "gost2012_256";
+        kt::Bytes ub = kt::from_hex(rec["ukm"]);
+        unsigned long long ukm;
+        std::memcpy(&ukm, ub.data(), 8);
+        T da = u256(rec["a_d"]), db = u256(rec["b_d"]), k1, k2;
+        Sig qa = ect::from_hex<64>(rec["a_Q"]), qb = ect::from_hex<64>(rec["b_Q"]);
+        if (is2012) {
+            GOST_34_10_2012_VKO_256(&k1, &ukm, &da, &qb, set);
+            GOST_34_10_2012_VKO_256(&k2, &ukm, &db, &qa, set);
+        } else {
+            GOST_34_10_2001_VKO(&k1, &ukm, &da, &qb, set);
+            GOST_34_10_2001_VKO(&k2, &ukm, &db, &qa, set);
+        }
+        EXPECT_EQ(ect::hex(k1), rec["key"]) << rec["alg"] << " " << rec["paramset"];
+        EXPECT_EQ(ect::hex(k2), rec["key"]) << rec["alg"] << " " << rec["paramset"];
+        ++n;
+    }
+    EXPECT_EQ(n, 10);
+}
+
+TEST(Gost2001, VkoUkmEdgeCases) {
+    T d = kD, k1, k2, k0, z;
+    Sig q = pub(kQx, kQy);
+    unsigned long long one = 1, zero = 0;
+    GOST_34_10_2012_VKO_256(&k1, nullptr, &d, &q, 0);
+    GOST_34_10_2012_VKO_256(&k2, &one, &d, &q, 0);
+    EXPECT_EQ(k1, k2);
+    // UKM 0: K = (0, 0), the hash of 64 zero bytes, no error.
+    unsigned char zeros[64] = {0};
+    GOST_34_10_2012_VKO_256(&k0, &zero, &d, &q, 0);
+    GOST_34_11_2012_hash_256_bit(zeros, 64, &z);
+    EXPECT_EQ(k0, z);
+    GOST_34_10_2001_VKO(&k0, &zero, &d, &q, 0);
+    GOST_34_11_94_hash(zeros, 64, nullptr, &z);
+    EXPECT_EQ(k0, z);
+    // The UKM is read little-endian from any alignment.
+    unsigned char raw[9] = {0, 0x39, 0x30, 0, 0, 0, 0, 0, 0};  // 12345 at an odd address
+    unsigned long long u = 12345;
+    GOST_34_10_2001_VKO(&k1, reinterpret_cast<unsigned long long*>(raw + 1), &d, &q, 1);
+    GOST_34_10_2001_VKO(&k2, &u, &d, &q, 1);
+    EXPECT_EQ(k1, k2);
+}
+
+}  // namespace
