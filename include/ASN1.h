@@ -70,8 +70,10 @@ KORVEX_API unsigned int ASN1_code_base128(unsigned int v, unsigned char* out);
 
 // DER content octets (no tag, no length) of a dotted-decimal OID; returns
 // their count, or 0 for a single arc. The scan reads one byte past
-// text + textLen for every '.' after the first: those bytes must not be '.'
-// (a NUL-terminated text is fine).
+// text + textLen for every '.' after the first, and the last arc is read up
+// to the first non-digit: the text must be followed by a non-digit and by
+// (dots - 1) bytes that are not '.'. A terminating NUL ends the scan, so a
+// NUL-terminated text is always fine.
 KORVEX_API unsigned int ASN1_code_ASCII_OID_to_DER(unsigned char* text, unsigned char textLen,
                                                    unsigned char* out);
 
