@@ -142,6 +142,37 @@ inline uint64_t gost89_ctr_next(uint64_t ctr) {
     return static_cast<uint64_t>(n2) << 32 | n1;
 }
 
+// Four independent blocks at once in the lanes of SSE2 registers (every
+// x86-64 has SSE2): for the parallel modes, and for callers with four keys
+// (the GOST R 34.11-94 key generation). Lane i uses subkeys k[.][i].
+struct alignas(16) Gost89Key4 {
+    uint32_t k[8][4];
+};
+struct alignas(16) Gost89Table4 {
+    uint32_t w[15][4];
+};
+inline Gost89Key4 gost89_key4(const Gost89Key& a, const Gost89Key& b, const Gost89Key& c, const Gost89Key& d) {
+    Gost89Key4 r;
+    for (int i = 0; i < 8; ++i) {
+        r.k[i][0] = a.k[i];
+        r.k[i][1] = b.k[i];
+        r.k[i][2] = c.k[i];
+        r.k[i][3] = d.k[i];
+    }
+    return r;
+}
+inline Gost89Key4 gost89_key4(const Gost89Key& k) { return gost89_key4(k, k, k, k); }
+inline void gost89_wipe(Gost89Key4& key) { wipe(&key, sizeof key); }
+inline Gost89Table4 gost89_table4(const Gost89Table& t) {
+    Gost89Table4 r;
+    for (int m = 0; m < 15; ++m)
+        for (int i = 0; i < 4; ++i) r.w[m][i] = t.w[m];
+    return r;
+}
+// 32-Z (or 32-R) of blocks[0..3] in place.
+void gost89_encrypt_x4(uint64_t blocks[4], const Gost89Key4& k, const Gost89Table4& t);
+void gost89_decrypt_x4(uint64_t blocks[4], const Gost89Key4& k, const Gost89Table4& t);
+
 // Whole-buffer helpers shared by the exported modes (gost89_*.cpp).
 // ECB over the whole blocks of data; the tail is left alone.
 void gost89_ecb(unsigned char* data, size_t len, const Gost89Key& k, const Gost89Table& t, bool decrypt);
