@@ -14,9 +14,8 @@ inline unsigned int long_form_octets(unsigned int len) {
     return 4;
 }
 
-}  // namespace
-
-KORVEX_API unsigned int ASN1_header_legth(unsigned char* p) {
+// Tag plus length octets, 0 for the indefinite and over-long forms.
+inline unsigned int header_length(const unsigned char* p) {
     unsigned int first = p[1];
     if (first < 0x80) return 2;
     unsigned int n = first & 0x7F;  // 0 here is the indefinite form
@@ -24,8 +23,8 @@ KORVEX_API unsigned int ASN1_header_legth(unsigned char* p) {
     return n + 2;
 }
 
-KORVEX_API unsigned int ASN1_get_block_length(unsigned char* p) {
-    unsigned int h = ASN1_header_legth(p);
+inline unsigned int content_length(const unsigned char* p) {
+    unsigned int h = header_length(p);
     if (h == 0) return 0;
     if (h == 2) return p[1];
     // Non-minimal long forms (0x81 0x05, leading zero octets) are taken as
@@ -35,7 +34,8 @@ KORVEX_API unsigned int ASN1_get_block_length(unsigned char* p) {
     return len;
 }
 
-KORVEX_API unsigned int ASN1_set_block_length(unsigned char* p, unsigned int len) {
+// Writes the length octets at p[1] onward; returns the header length.
+inline unsigned int write_length(unsigned char* p, unsigned int len) {
     unsigned int n = long_form_octets(len);
     if (n == 0) {
         p[1] = static_cast<unsigned char>(len);
@@ -47,9 +47,23 @@ KORVEX_API unsigned int ASN1_set_block_length(unsigned char* p, unsigned int len
     return n + 2;
 }
 
+}  // namespace
+
+KORVEX_API unsigned int ASN1_header_legth(unsigned char* p) {
+    return header_length(p);
+}
+
+KORVEX_API unsigned int ASN1_get_block_length(unsigned char* p) {
+    return content_length(p);
+}
+
+KORVEX_API unsigned int ASN1_set_block_length(unsigned char* p, unsigned int len) {
+    return write_length(p, len);
+}
+
 KORVEX_API unsigned int ASN1_set_header(unsigned char* p, unsigned char tag, unsigned int len) {
     p[0] = tag;
-    return ASN1_set_block_length(p, len);
+    return write_length(p, len);
 }
 
 KORVEX_API unsigned int ASN1_calculate_len_of_hdr(unsigned int len) {
@@ -61,8 +75,8 @@ KORVEX_API unsigned int ASN1_calculate_len_of_hdr(unsigned int len) {
 
 KORVEX_API int ASN1_get_sruct(asn1_t* s, unsigned char* p) {
     s->block = p;
-    s->length = static_cast<unsigned short>(ASN1_get_block_length(p));
-    s->value = p + ASN1_header_legth(p);
+    s->length = static_cast<unsigned short>(content_length(p));
+    s->value = p + header_length(p);
     s->end = s->value + s->length;
     return 0;
 }
@@ -70,7 +84,8 @@ KORVEX_API int ASN1_get_sruct(asn1_t* s, unsigned char* p) {
 KORVEX_API int ASN1_set_sruct(asn1_t* s, unsigned char* src, unsigned short len,
                               unsigned char tag, unsigned char* out) {
     (void)src;  // content is placed by the caller
-    unsigned char h = static_cast<unsigned char>(ASN1_set_header(out, tag, len));
+    out[0] = tag;
+    unsigned char h = static_cast<unsigned char>(write_length(out, len));
     s->block = out;
     s->length = len;
     s->value = out + h;

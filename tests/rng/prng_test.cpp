@@ -79,14 +79,16 @@ TEST(PrngGet, AnyNonZeroWordCountsAsSeeded) {
 
 TEST(PrngInit, FirstOutputFollowsTheTestedSteps) {
     // After a pass at attempt a, the generator has made 3200 * a steps; the
-    // first output is step 3200 * a + 1. Rng(21) fails its first attempt.
-    const uint64_t seeds[] = {1, 2, 3, 21};
+    // first output is step 3200 * a + 1. Rng(21) fails its first attempt,
+    // Rng(1807) its first two.
+    const uint64_t seeds[] = {1, 2, 3, 21, 1807};
     for (uint64_t s : seeds) {
         Bytes seed = kt::Rng(s).bytes(40);
         kt::PrngModel m(seed.data());
         kt::ModelInit expect = kt::model_init(m);
         ASSERT_TRUE(expect.passed);
         if (s == 21) ASSERT_EQ(expect.attempts, 2);
+        if (s == 1807) ASSERT_EQ(expect.attempts, 3);
         EXPECT_EQ(PRNG_init(seed.data()), 0) << s;
         EXPECT_EQ(get_state(), Bytes(m.st, m.st + 40)) << s << ": 3200 steps per attempt";
         EXPECT_EQ(draw(), m.step()) << s;
