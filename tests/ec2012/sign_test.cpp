@@ -1,0 +1,270 @@
+// GOST R 34.10-2012 (512-bit) keys and signatures: the example of the
+// standard, OpenSSL's signatures and ours (tests/vectors/ec2012), the TC26
+// layout, the early returns, the generator failure and the replaceable
+// example curve.
+#include <cstring>
+
+#include "PRNG.h"
+#include "ec2012_util.h"
+
+using namespace ec2012;
+
+namespace {
+
+// GOST R 34.10-2012, appendix A.2 (512-bit example).
+const char* kD = "0BA6048AADAE241BA40936D47756D7C93091A0E8514669700EE7508E508B102072E8123B2200A0563322DAD2827E2714A2636B7BFD18AADFC62967821FA18DD4";
+const char* kQx = "115DC5BC96760C7B48598D8AB9E740D4C4A85A65BE33C1815B5C320C854621DD5A515856D13314AF69BC5B924C8B4DDFF75C45415C1D9DD9DD33612CD530EFE1";
+const char* kQy = "37C7C90CD40B0F5621DC3AC1B751CFA0E2634FA0503B3D52639F5D7FB72AFD61EA199441D943FFE7F0C70A2759A3CDB84C114E1F9339FDF27F35ECA93677BEEC";
+const char* kE = "3754F3CFACC9E0615C4F4A7C4D8DAB531B09B6F9C170C533A71D147035B0C5917184EE536593F4414339976C647C5D5A407ADEDB1D560C4FC6777D2972075B8C";
+const char* kK = "0359E7F4B1410FEACC570456C6801496946312120B39D019D455986E364F365886748ED7A44B3E794434006011842286212273A6D14CF70EA3AF71BB1AE679F1";
+const char* kR = "2F86FA60A081091A23DD795E1E3C689EE512A3C82EE0DCC2643C78EEA8FCACD35492558486B20F1C9EC197C90699850260C93BCBCD9C5C3317E19344E173AE36";
+const char* kS = "1081B394696FFE8E6585E7A9362D26B6325F56778AADBC081C0BFBE933D52FF5823CE288E8C4F362526080DF7F70CE406A6EEB1F56919CB92A9853BDE73E5B4A";
+
+// Internal layout (s, r little-endian) turned into the exported one.
+U128 exported(const U64& s, const U64& r) {
+    U128 sig = join(s, r);
+    GOST_34_10_2012_rotate_DS_TC26(&sig);
+    return sig;
+}
+
+// Saves the generator state and restores it on scope exit.
+struct GeneratorState {
+    unsigned char saved[40];
+    GeneratorState() { std::memcpy(saved, PRNG_get_RAND_ptr(), 40); }
+    ~GeneratorState() { std::memcpy(PRNG_get_RAND_ptr(), saved, 40); }
+};
+
+void seed(unsigned char first) {
+    unsigned char s[40];
+    for (int i = 0; i < 40; ++i) s[i] = static_cast<unsigned char>(first + i);
+    ASSERT_EQ(PRNG_init(s), 0);
+}
+
+// The example curve objects, restored on scope exit.
+struct ExampleCurve {
+    U64 p, a, q, x, y;
+    ExampleCurve() : p(p_test), a(a_test), q(q_test), x(x_test), y(y_test) {}
+    ~ExampleCurve() { p_test = p, a_test = a, q_test = q, x_test = x, y_test = y; }
+};
+
+}  // namespace
+
+TEST(Example512, ExportedCurveObjectsHoldThePublishedValues) {
+    Curve c = curve(0);
+    EXPECT_EQ(hex(p_test), hex(c.p));
+    EXPECT_EQ(hex(a_test), hex(c.a));
+    EXPECT_EQ(hex(q_test), hex(c.q));
+    EXPECT_EQ(hex(x_test), hex(c.x));
+    EXPECT_EQ(hex(y_test), hex(c.y));
+    EXPECT_EQ(hex(k_test), hex(be(kK)));
+}
+
+TEST(Example512, PrivateKeyGivesPublicKeyOnEveryExampleSelector) {
+    U64 d = be(kD);
+    for (int set : {0, 3, 4, 255}) {
+        U128 Q;
+        GOST_34_10_2012_512_gen_open_key(&d, &Q, static_cast<unsigned char>(set));
+        EXPECT_EQ(hex(half(Q, 0)), hex(be(kQx))) << "selector " << set;
+        EXPECT_EQ(hex(half(Q, 1)), hex(be(kQy)));
+    }
+    // k_test times the base point gives the example's r.
+    U64 rx, k = k_test;
+    GOST_34_10_2012_mul_k_EP_test(&k, &x_test, &y_test, &rx, nullptr, &a_test, &p_test);
+    EXPECT_EQ(hex(rx), hex(be(kR)));
+}
+
+TEST(Example512, SignatureVerifiesInThisLibrarysLayout) {
+    U64 e = be(kE);
+    U128 Q = join(be(kQx), be(kQy));
+    U128 sig = exported(be(kS), be(kR));
+    // r stays little-endian in bytes 64..127; s is two reversed halves.
+    EXPECT_EQ(hex(half(sig, 1)), hex(be(kR)));
+    kt::Bytes sbe = kt::from_hex(kS);
+    EXPECT_EQ(kt::to_hex(sig.b, 32), kt::to_hex(sbe.data() + 32, 32));
+    EXPECT_EQ(kt::to_hex(sig.b + 32, 32), kt::to_hex(sbe.data(), 32));
+
+    U128 copy = sig;
+    EXPECT_EQ(GOST_34_10_2012_check_DS_512_bit(&e, &Q, &sig, 0), 1);
+    EXPECT_EQ(hex(sig), hex(copy));  // a full check restores the buffer
+    for (int byte : {0, 40, 70, 127}) {
+        U128 bad = sig;
+        bad.b[byte] ^= 0x10;
+        EXPECT_EQ(GOST_34_10_2012_check_DS_512_bit(&e, &Q, &bad, 0), 0) << "byte " << byte;
+    }
+    U64 e2 = e;
+    e2.b[0] ^= 1;
+    EXPECT_EQ(GOST_34_10_2012_check_DS_512_bit(&e2, &Q, &sig, 0), 0);
+    // In the 512-bit selector numbering 1 is paramSetA: not this curve.
+    EXPECT_EQ(GOST_34_10_2012_check_DS_512_bit(&e, &Q, &sig, 1), 0);
+}
+
+TEST(Sign512, OpenSslSignaturesVerify) {
+    auto recs = kt::load_records("ec2012/sign.txt");
+    ASSERT_EQ(recs.size(), 8u);
+    for (auto& r : recs) {
+        auto set = static_cast<unsigned char>(std::stoi(r["set"]));
+        U64 d = le(r["d"]), h = le(r["digest"]);
+        U128 Q = le128(r["Q"]), mine;
+        GOST_34_10_2012_512_gen_open_key(&d, &mine, set);
+        EXPECT_EQ(hex(mine), hex(Q));
+        U128 sig = from_openssl(kt::from_hex(r["osl_sig"]));
+        EXPECT_EQ(GOST_34_10_2012_check_DS_512_bit(&h, &Q, &sig, set), 1) << r["paramset"];
+        // OpenSSL's raw bytes are not this library's layout.
+        U128 raw = le128(r["osl_sig"]);
+        EXPECT_EQ(GOST_34_10_2012_check_DS_512_bit(&h, &Q, &raw, set), 0);
+        h.b[3] ^= 4;
+        EXPECT_EQ(GOST_34_10_2012_check_DS_512_bit(&h, &Q, &sig, set), 0);
+    }
+}
+
+TEST(Sign512, OurSignaturesAreTheOnesOpenSslVerified) {
+    GeneratorState keep;
+    auto recs = kt::load_records("ec2012/ours.txt");
+    ASSERT_GE(recs.size(), 9u);
+    kt::Bytes s = kt::from_hex(recs[0]["seed"]);
+    ASSERT_EQ(s.size(), 40u);
+    for (size_t i = 1; i < recs.size(); ++i) {
+        auto& r = recs[i];
+        ASSERT_EQ(PRNG_init(s.data()), 0);
+        auto set = static_cast<unsigned char>(std::stoi(r["set"]));
+        U64 d = le(r["d"]), h = le(r["digest"]);
+        U128 Q = le128(r["Q"]), sig;
+        ASSERT_EQ(GOST_34_10_2012_create_DS_512_bit(&h, &d, &sig, set), 0);
+        EXPECT_EQ(hex(sig), r["sig"]);
+        EXPECT_EQ(GOST_34_10_2012_check_DS_512_bit(&h, &Q, &sig, set), 1);
+    }
+}
+
+TEST(Sign512, RoundTripsAndLayoutOnEveryCurve) {
+    GeneratorState keep;
+    seed(7);
+    kt::Rng rng(0x2012);
+    for (int set : {1, 2, 0}) {
+        Curve c = curve(set);
+        U64 d;
+        U128 Q;
+        ASSERT_EQ(GOST_34_10_2012_512_gen_key_pair(&d, &Q, static_cast<unsigned char>(set)), 0);
+        EXPECT_NE(hex(d), hex(U64{}));
+        U128 Q2;
+        GOST_34_10_2012_512_gen_open_key(&d, &Q2, static_cast<unsigned char>(set));
+        EXPECT_EQ(hex(Q), hex(Q2));
+        for (int i = 0; i < 2; ++i) {
+            kt::Bytes hb = rng.bytes(64);
+            U64 h;
+            for (int j = 0; j < 64; ++j) h.b[j] = hb[j];
+            GOST_34_10_2012_mod_p_512_bit(&h, &c.q);
+            GOST_34_10_2012_mod_p_512_bit(&h, &c.q);
+            GOST_34_10_2012_mod_p_512_bit(&h, &c.q);
+            GOST_34_10_2012_mod_p_512_bit(&h, &c.q);  // the example q is about 0.27 * 2^512
+            U128 sig;
+            ASSERT_EQ(GOST_34_10_2012_create_DS_512_bit(&h, &d, &sig, static_cast<unsigned char>(set)), 0);
+            // Decode by hand: r little-endian at 64..127, s from its two
+            // reversed halves; then the verification equation with the
+            // exported arithmetic.
+            U64 r = half(sig, 1), s;
+            for (int j = 0; j < 32; ++j) s.b[j] = sig.b[31 - j], s.b[32 + j] = sig.b[63 - j];
+            U64 v = h, z1, z2, zero{}, wx, wy, tx, ty;
+            GOST_34_10_2012_div_mod_p_512_bit(&v, nullptr, &c.q);
+            GOST_34_10_2012_mul_mod_p_512_bit(&z1, &s, &v, &c.q);
+            GOST_34_10_2012_mul_mod_p_512_bit(&z2, &r, &v, &c.q);
+            GOST_34_10_2012_sub_mod_p_512_bit(&z2, &zero, &z2, &c.q);
+            U64 qx = half(Q, 0), qy = half(Q, 1);
+            GOST_34_10_2012_mul_k_EP_test(&z1, &c.x, &c.y, &wx, &wy, &c.a, &c.p);
+            GOST_34_10_2012_mul_k_EP_test(&z2, &qx, &qy, &tx, &ty, &c.a, &c.p);
+            GOST_34_10_2012_add_EP_test(&wx, &tx, &wy, &ty, &c.a, &c.p);
+            GOST_34_10_2012_mod_p_512_bit(&wx, &c.q);
+            EXPECT_EQ(hex(wx), hex(r)) << "set " << set;
+
+            U128 copy = sig;
+            EXPECT_EQ(GOST_34_10_2012_check_DS_512_bit(&h, &Q, &sig, static_cast<unsigned char>(set)), 1);
+            EXPECT_EQ(hex(sig), hex(copy));
+        }
+    }
+}
+
+TEST(Sign512, HashOfZeroOrQSignsAsOne) {
+    GeneratorState keep;
+    seed(11);
+    Curve A = curve(1);
+    U64 d = small(12345), one = small(1), zero{};
+    U128 Q, sig;
+    GOST_34_10_2012_512_gen_open_key(&d, &Q, 1);
+    for (U64 h : {zero, A.q}) {
+        ASSERT_EQ(GOST_34_10_2012_create_DS_512_bit(&h, &d, &sig, 1), 0);
+        EXPECT_EQ(GOST_34_10_2012_check_DS_512_bit(&one, &Q, &sig, 1), 1);
+        EXPECT_EQ(GOST_34_10_2012_check_DS_512_bit(&h, &Q, &sig, 1), 1);
+    }
+}
+
+TEST(Sign512, OutOfRangeValuesReturnEarlyLeavingTheBufferConverted) {
+    Curve A = curve(1);
+    U64 e = small(5), good = small(77), zero{};
+    U128 Q = join(A.x, A.y);
+    struct Case {
+        U64 s, r;
+    } cases[] = {{zero, good}, {good, zero}, {A.q, good}, {good, A.q}};
+    for (auto& c : cases) {
+        U128 sig = exported(c.s, c.r), before = sig;
+        EXPECT_EQ(GOST_34_10_2012_check_DS_512_bit(&e, &Q, &sig, 1), 0);
+        EXPECT_EQ(hex(sig), hex(join(c.s, c.r)));  // left in the internal layout
+        GOST_34_10_2012_rotate_DS_TC26(&sig);
+        EXPECT_EQ(hex(sig), hex(before));
+    }
+    // In range but wrong: the buffer is restored.
+    U128 sig = exported(good, good), before = sig;
+    EXPECT_EQ(GOST_34_10_2012_check_DS_512_bit(&e, &Q, &sig, 1), 0);
+    EXPECT_EQ(hex(sig), hex(before));
+}
+
+TEST(Sign512, RotateTouchesOnlyTheFirst64Bytes) {
+    U128 v;
+    for (int i = 0; i < 128; ++i) v.b[i] = static_cast<unsigned char>(i);
+    U128 w = v;
+    GOST_34_10_2012_rotate_DS_TC26(&w);
+    for (int i = 0; i < 32; ++i) {
+        EXPECT_EQ(w.b[i], 31 - i);
+        EXPECT_EQ(w.b[32 + i], 63 - i);
+    }
+    for (int i = 64; i < 128; ++i) EXPECT_EQ(w.b[i], i);
+    GOST_34_10_2012_rotate_DS_TC26(&w);
+    EXPECT_EQ(hex(w), hex(v));
+}
+
+TEST(Sign512, GeneratorFailureReturnsOne) {
+    GeneratorState keep;
+    std::memset(PRNG_get_RAND_ptr(), 0, 40);  // never seeded
+    U64 d, h = small(3), key = small(9);
+    U128 Q, sig;
+    for (auto& c : sig.b) c = 0xAA;
+    EXPECT_EQ(GOST_34_10_2012_512_gen_key_pair(&d, &Q, 1), 1);
+    EXPECT_EQ(GOST_34_10_2012_create_DS_512_bit(&h, &key, &sig, 1), 1);
+    EXPECT_EQ(hex(sig), hex(U128{}));  // zeros, nothing drawn
+}
+
+TEST(Sign512, ExampleCurveKeysKeepTheSingleSubtraction) {
+    // The example q is about 0.27 * 2^512: one conditional subtraction leaves
+    // d >= q about half of the time, and d is used as it is.
+    GeneratorState keep;
+    seed(21);
+    int above = 0;
+    for (int i = 0; i < 8; ++i) {
+        U64 d;
+        U128 Q, Q2;
+        ASSERT_EQ(GOST_34_10_2012_512_gen_key_pair(&d, &Q, 0), 0);
+        if (GOST_34_10_2012_comparison_512_bit(&d, &q_test) != 0) ++above;
+        GOST_34_10_2012_512_gen_open_key(&d, &Q2, 0);
+        EXPECT_EQ(hex(Q), hex(Q2));
+    }
+    EXPECT_GT(above, 0);
+}
+
+TEST(Sign512, ExampleCurveIsReadAtCallTime) {
+    ExampleCurve keep;
+    Curve B = curve(2);
+    p_test = B.p, a_test = B.a, q_test = B.q, x_test = B.x, y_test = B.y;
+    U64 d = small(0x1234);
+    U128 Q0, Q2;
+    GOST_34_10_2012_512_gen_open_key(&d, &Q0, 0);
+    GOST_34_10_2012_512_gen_open_key(&d, &Q2, 2);
+    EXPECT_EQ(hex(Q0), hex(Q2));
+}
