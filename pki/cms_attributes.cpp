@@ -39,6 +39,50 @@ bool same_text(const unsigned char* a, unsigned int n, const char* b) {
     return i == n && b[i] == 0;
 }
 
+// Splits an "OID:Base64" item: k = OID text length, b64 = Base64 length.
+// False for items that cannot be encoded: no ':', an OID text longer than 255
+// or without '.', no whole Base64 groups (the decoder reads four characters
+// per group).
+bool split_item(const unsigned char* text, unsigned int len, unsigned int& k, unsigned int& b64) {
+    if (!text) return false;
+    k = oid_text_len(text, len);
+    if (k == len || k > 255) return false;
+    b64 = len - k - 1;
+    if (b64 == 0 || b64 % 4 != 0) return false;
+    // The OID encoder looks for the first '.' without a bound and, past the
+    // second arc, reads one octet beyond the text per further '.': only pass
+    // it text whose item covers that.
+    unsigned int dots = 0;
+    for (unsigned int i = 0; i < k; ++i) dots += text[i] == '.';
+    return dots != 0 && len - k >= dots - 1;
+}
+
+// Octets the Base64 decoder counts for n characters (n a multiple of 4).
+unsigned int decoded_len(const unsigned char* b64, unsigned int n) {
+    unsigned int v = n / 4 * 3;
+    if (b64[n - 1] == '=') v -= b64[n - 2] == '=' ? 2 : 1;
+    return v;
+}
+
+unsigned int wrapped_size(unsigned int n) { return n ? ASN1_calculate_len_of_hdr(n) + n : 0; }
+
+// Exact size of CMS_create_Attr's output, computed without writing it.
+unsigned int attr_list_size(unsigned char* text, unsigned int len) {
+    if (!text) return 0;
+    unsigned int total = 0;
+    for (unsigned int pos = 0; pos < len;) {
+        unsigned int n = item_len(text + pos, len - pos), k, b64;
+        if (split_item(text + pos, n, k, b64)) {
+            unsigned char oid[256];  // an OID text of 255 characters never gives more octets
+            unsigned int o = ASN1_code_ASCII_OID_to_DER(text + pos, static_cast<unsigned char>(k), oid);
+            unsigned int v = decoded_len(text + pos + k + 1, b64);
+            if (o) total += wrapped_size(wrapped_size(o) + wrapped_size(v));
+        }
+        pos += n + 1;
+    }
+    return total;
+}
+
 // Rotates the element [c, c + size) down to i, shifting the octets between
 // up: one octet at a time, the gap moved up by one and the octet put in
 // front.
@@ -67,18 +111,8 @@ unsigned int wrap_in_place(unsigned char* p, unsigned char tag, unsigned int n) 
 using namespace kx::pki;
 
 KORVEX_API unsigned int CMS_create_Attribute(unsigned char* text, unsigned int len, unsigned char* out) {
-    if (!text || !out) return 0;
-    unsigned int k = oid_text_len(text, len);
-    unsigned int b64 = len - k - (k < len ? 1 : 0);
-    // An item needs its ':' and whole Base64 groups; the decoder reads four
-    // characters per group.
-    if (k == len || k > 255 || b64 == 0 || b64 % 4 != 0) return 0;
-    // The OID encoder looks for the first '.' without a bound and, past the
-    // second arc, reads one octet beyond the text per further '.': only pass
-    // it text whose item covers that.
-    unsigned int dots = 0;
-    for (unsigned int i = 0; i < k; ++i) dots += text[i] == '.';
-    if (dots == 0 || len - k < dots - 1) return 0;
+    unsigned int k, b64;
+    if (!out || !split_item(text, len, k, b64)) return 0;
     unsigned int o = ASN1_code_ASCII_OID_to_DER(text, static_cast<unsigned char>(k), out);
     if (o == 0) return 0;
     unsigned int v = Base64_decode_msg(text + k + 1, b64, out + o);
@@ -150,9 +184,17 @@ KORVEX_API unsigned int CMS_create_SignedAttr(unsigned char* signedText, unsigne
                                               unsigned char* out) {
     bool hasSigned = signedText && signedLen;
     bool hasUnsigned = unsignedText && unsignedLen;
-    if (!out)
-        return (hasSigned ? signedLen + sizeof kFixedSignedAttrs + kSignatureElement : kSignatureElement) +
-               unsignedLen;
+    if (!out) {
+        unsigned int bound =
+            (hasSigned ? signedLen + sizeof kFixedSignedAttrs + kSignatureElement : kSignatureElement) + unsignedLen;
+        // Items shorter than their DER (tiny OIDs and values) and the [0]/[1]
+        // headers can exceed the text-based bound: never answer less than the
+        // block really takes.
+        unsigned int exact = kSignatureElement;
+        if (hasSigned) exact += wrapped_size(sizeof kFixedSignedAttrs + attr_list_size(signedText, signedLen));
+        if (hasUnsigned) exact += wrapped_size(attr_list_size(unsignedText, unsignedLen));
+        return exact > bound ? exact : bound;
+    }
 
     unsigned char* p = out;
     if (hasSigned) {

@@ -365,3 +365,28 @@ TEST(CmsMessage, ParseStopsAtFirstMismatch) {
     }
     EXPECT_EQ(CMS_SignedData_parse(nullptr).status, 1);
 }
+
+TEST(CmsAttribute, SizeBoundCoversTinyItems) {
+    // Text-based bound: text + 141. Items whose DER is longer than their
+    // text ("1.2.3:AAAA" is 10 characters, 11 octets) and the [0] header
+    // would overrun it: the bound never answers less than the block needs.
+    struct Case {
+        std::string sig, uns;
+    } cases[] = {
+        {"1.2.3:AAAA", ""},
+        {"1.2.3:AAAA&1.2.3:AAAA&1.2.3:AAAA&1.2.3:AAAA", "1.2.3:AAAA&1.2.3:AAAA"},
+        {"", "1.2.3:AAAA"},
+        {"1.2:AA==", ""},
+    };
+    for (Case& c : cases) {
+        SCOPED_TRACE(c.sig + " | " + c.uns);
+        unsigned char* s = c.sig.empty() ? nullptr : u(c.sig);
+        unsigned char* n = c.uns.empty() ? nullptr : u(c.uns);
+        unsigned bound = CMS_create_SignedAttr(s, c.sig.size(), n, c.uns.size(), nullptr, 0, nullptr);
+        Bytes out(bound + 64, 0xCC);
+        unsigned written = CMS_create_SignedAttr(s, c.sig.size(), n, c.uns.size(), nullptr, 0, out.data());
+        EXPECT_LE(written, bound);
+        EXPECT_GE(bound, (c.sig.empty() ? 66 : c.sig.size() + 141) + c.uns.size());
+        for (size_t i = bound; i < out.size(); ++i) ASSERT_EQ(out[i], 0xCC) << i;  // nothing beyond
+    }
+}
