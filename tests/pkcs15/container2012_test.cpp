@@ -1,0 +1,198 @@
+// The 2012 PKCS#15 container: 256- and 512-bit keys, DER-walking readers,
+// the stored iteration count, update with its integrity and password checks.
+#include <gtest/gtest.h>
+
+#include "pkcs15/pkcs15_fixture.h"
+
+namespace kt {
+namespace {
+
+class Container2012 : public ::testing::TestWithParam<unsigned char> {
+   protected:
+    void SetUp() override { seed(13); }
+    static unsigned get_key(Bytes& c, TSecretKey* out, Bytes pwd = password()) {
+        return pkcs15_get_key_2012(c.data(), out, pwd.data(), (unsigned char)pwd.size());
+    }
+    static unsigned get_rnd(Bytes& c, unsigned char* out, Bytes pwd = password()) {
+        return pkcs15_get_rnd_2012(c.data(), out, pwd.data(), (unsigned char)pwd.size());
+    }
+    static unsigned update(Bytes& c, Bytes pwd = password()) {
+        return pkcs15_update_2012(c.data(), pwd.data(), (unsigned char)pwd.size());
+    }
+    static std::string expected_key(unsigned char kind) {
+        TSecretKey k = sample_key_2012();
+        return to_hex(k.b, kind == 1 ? 32 : 64) + (kind == 1 ? std::string(64, '0') : "");
+    }
+    // The key object element, A0 { A0 { BB ... } }, the token's last.
+    static Bytes key_object(Bytes& c) {
+        Der objs = der(c, pkcs15_get_pkcs15content(c.data()) - c.data() + 80);
+        Der k = children(c, objs).at(1);
+        return Bytes(c.begin() + k.at, c.begin() + k.end());
+    }
+    // Position of the password header's salt value: token version + 32.
+    static size_t salt_at(Bytes& c) { return pkcs15_get_pkcs15content(c.data()) - c.data() + 29; }
+};
+
+TEST_P(Container2012, SizesAndRoundTrip) {
+    unsigned char kind = GetParam();
+    // Key usage 0x80 keeps one flag octet, 0x40 and 0 (= 255) take two.
+    for (unsigned short usage : {0x80, 0x40, 0x00}) {
+        Bytes c = make_2012(kind, usage);
+        ASSERT_FALSE(c.empty());
+        unsigned flags = usage == 0x80 ? 0 : 1;
+        EXPECT_EQ(c.size(), (kind == 1 ? 866u : 898u) + flags) << int(usage);
+        EXPECT_EQ(pkcs15_get_version(c.data()), 2u);
+        TSecretKey out;
+        std::memset(out.b, 0xCC, 64);
+        EXPECT_EQ(get_key(c, &out), 0u);
+        EXPECT_EQ(to_hex(out.b, 64), expected_key(kind));
+        Bytes rnd(40);
+        EXPECT_EQ(get_rnd(c, rnd.data()), 0u);
+        EXPECT_EQ(rnd, sample_rnd());
+        AdCheck r = check_ad(c, kek_of(true, password(), &c[salt_at(c)]), true);
+        EXPECT_TRUE(r.key_mac && r.digest && r.hmac_82);
+        EXPECT_FALSE(r.hmac_a2);
+    }
+}
+
+TEST_P(Container2012, WrongPasswordIsNotDetectedByReaders) {
+    Bytes c = make_2012(GetParam()), before = c;
+    TSecretKey out;
+    EXPECT_EQ(get_key(c, &out, wrong_password()), 0u);
+    EXPECT_NE(to_hex(out.b, 64), expected_key(GetParam()));
+    if (GetParam() == 1) EXPECT_EQ(to_hex(out.b + 32, 32), std::string(64, '0'));
+    Bytes rnd(40);
+    EXPECT_EQ(get_rnd(c, rnd.data(), wrong_password()), 0u);
+    EXPECT_NE(rnd, sample_rnd());
+    EXPECT_EQ(update(c, wrong_password()), 32u);
+    EXPECT_EQ(c, before);
+}
+
+TEST_P(Container2012, StoredIterationCountIsHonoured) {
+    Bytes c = make_2012(GetParam());
+    size_t count = salt_at(c) + 32;
+    ASSERT_EQ(to_hex(&c[count], 4), "020207d0");
+    c[count + 2] = 0x03, c[count + 3] = 0xE8;  // 1000
+    // Expected: the key opened by hand with a 1000-iteration KEK.
+    type_uN<32> kek = kek_of(true, password(), &c[salt_at(c)], 1000);
+    Der a2;
+    {
+        auto objs = children(c, der(c, pkcs15_get_pkcs15content(c.data()) - c.data() + 80));
+        auto bb = children(c, children(c, children(c, objs.at(1)).at(0)).at(0));
+        a2 = children(c, bb.back()).at(0);  // attributes, then A1 { A2 }
+    }
+    pkcs15_CEK_t w = pkcs15_get_pkcs15_CEK(c.data() + a2.value() + 3);
+    type_uN<32> cek = key32(w.ptr[PKCS15_CEK_ENC] + 2);
+    GOST_28147_89_R_ECB(cek.b, 32, &kek, 7);
+    pkcs15_data_t d = pkcs15_get_pkcs15_data(c.data() + a2.value() + 96);
+    ASSERT_NE(d.content, nullptr);
+    Der enc = der(c, d.content - c.data());
+    Bytes plain(c.begin() + enc.value(), c.begin() + enc.end());
+    type_u64 iv;
+    std::memcpy(&iv, d.iv + 2, 8);
+    GOST_28147_89_R_CFB(plain.data(), (unsigned)plain.size(), &cek, &iv, 7);
+    TSecretKey out;
+    EXPECT_EQ(get_key(c, &out), 0u);
+    EXPECT_EQ(to_hex(out.b, plain.size() - 2), to_hex(plain.data() + 2, plain.size() - 2));
+    EXPECT_NE(to_hex(out.b, 64), expected_key(GetParam()));
+    // A zero count is malformed.
+    c[count + 2] = 0, c[count + 3] = 0;
+    EXPECT_EQ(get_key(c, &out), 30u);
+    EXPECT_EQ(to_hex(out.b, 64), std::string(128, '0')) << "the key record is cleared first";
+}
+
+TEST_P(Container2012, UpdateRenewsRandomObjectAndMacKey) {
+    Bytes c = make_2012(GetParam(), 0x40), before = c;
+    for (int round = 0; round < 2; ++round) {
+        Bytes prev = c;
+        ASSERT_EQ(update(c), 0u);
+        EXPECT_NE(c, prev);
+        TSecretKey out;
+        EXPECT_EQ(get_key(c, &out), 0u);
+        EXPECT_EQ(to_hex(out.b, 64), expected_key(GetParam()));
+        Bytes rnd(40);
+        EXPECT_EQ(get_rnd(c, rnd.data()), 0u);
+        EXPECT_NE(to_hex(&rnd[0], 32), to_hex(&sample_rnd()[0], 32));
+        EXPECT_NE(to_hex(&rnd[32], 8), to_hex(&sample_rnd()[32], 8));
+        AdCheck r = check_ad(c, kek_of(true, password(), &c[salt_at(c)]), true);
+        EXPECT_TRUE(r.key_mac && r.digest && r.hmac_82);
+        // The key object and the password info stay as they were.
+        EXPECT_EQ(key_object(c), key_object(before));
+        size_t info = pkcs15_get_pkcs15content(c.data()) - c.data();
+        EXPECT_EQ(to_hex(&c[info], 80), to_hex(&before[info], 80));
+    }
+}
+
+TEST_P(Container2012, UpdateDetectsAlteredContent) {
+    Bytes good = make_2012(GetParam());
+    AdParts p = ad_parts(good);
+    struct Case {
+        const char* what;
+        size_t at;
+        unsigned want;
+    };
+    const Case cases[] = {
+        {"label of the random object", p.content_os.value() + 100, 31},
+        {"last octet of the encrypted key", p.content_os.end() - 1, 31},
+        {"messageDigest value", p.digest + 5, 31},
+        {"stored MAC", p.mac.value() + 3, 31},
+        {"contentType attribute", p.attrs.value() + 20, 31},
+        {"wrapped MAC key", p.wrapped, 32},
+        {"MAC of the wrapped MAC key", p.wrap_mac, 32},
+        {"UKM of the MAC key wrap", p.ukm, 32},
+        {"outer tag", 0, 30},
+        {"recipient SET tag", p.recipients.at, 30},
+    };
+    for (const Case& k : cases) {
+        Bytes c = good;
+        c[k.at] ^= 0x01;
+        Bytes before = c;
+        EXPECT_EQ(update(c), k.want) << k.what;
+        EXPECT_EQ(c, before) << k.what;
+    }
+}
+
+TEST_P(Container2012, UnseededGenerator) {
+    Bytes c = make_2012(GetParam()), before = c;
+    unseed();
+    EXPECT_EQ(update(c), 33u);
+    EXPECT_EQ(c, before);
+    TSecretKey key = sample_key_2012();
+    Bytes rnd = sample_rnd(), pwd = password(), out(1000);
+    EXPECT_EQ(pkcs15_create_conteiner_2012(out.data(), &key, rnd.data(), 0, pwd.data(), 11, GetParam()), 0u);
+    EXPECT_NE(pkcs15_create_conteiner_2012(nullptr, &key, rnd.data(), 0, pwd.data(), 11, GetParam()), 0u);
+    seed(13);
+}
+
+INSTANTIATE_TEST_SUITE_P(KeyKinds, Container2012, ::testing::Values(1, 2),
+                         [](const ::testing::TestParamInfo<unsigned char>& i) {
+                             return i.param == 1 ? std::string("key256") : std::string("key512");
+                         });
+
+TEST(Container2012Kinds, OtherKeyKindsGiveZero) {
+    seed(17);
+    TSecretKey key = sample_key_2012();
+    Bytes rnd = sample_rnd(), pwd = password(), out(1000, 0xEE);
+    for (unsigned char kind : {0, 3, 4, 255}) {
+        EXPECT_EQ(pkcs15_create_conteiner_2012(nullptr, &key, rnd.data(), 0, pwd.data(), 11, kind), 0u);
+        EXPECT_EQ(pkcs15_create_conteiner_2012(out.data(), &key, rnd.data(), 0, pwd.data(), 11, kind), 0u);
+    }
+    EXPECT_EQ(out, Bytes(1000, 0xEE));
+}
+
+TEST(Container2012Kinds, GenerationsDoNotMix) {
+    seed(19);
+    Bytes c01 = make_2001(0x80), c12 = make_2012(1);
+    TSecretKey out;
+    Bytes pwd = password(), rnd(40);
+    // The 2012 readers look for a 0xBB key object.
+    EXPECT_EQ(pkcs15_get_key_2012(c01.data(), &out, pwd.data(), 11), 30u);
+    EXPECT_EQ(pkcs15_update_2012(c01.data(), pwd.data(), 11), 30u);
+    // The 2012 random object is found by its structure in both.
+    EXPECT_EQ(pkcs15_get_rnd_2012(c12.data(), rnd.data(), pwd.data(), 11), 0u);
+    EXPECT_EQ(pkcs15_get_version(c01.data()), 1u);
+    EXPECT_EQ(pkcs15_get_version(c12.data()), 2u);
+}
+
+}  // namespace
+}  // namespace kt
