@@ -65,27 +65,28 @@ void BitStats::count(uint64_t w, uint64_t next) {
 }
 
 void BitStats::runs(uint64_t w) {
-    if (!run_started_) {
-        run_bit_ = static_cast<unsigned>(w & 1);
-        run_started_ = true;
+    for (unsigned b = 0; b < 2; ++b) {
+        const uint64_t x = b ? w : ~w;  // ones where the stream has bit b
+        // The run at bit 0 continues the one that ended the previous word.
+        const uint32_t lead = ~x ? static_cast<uint32_t>(__builtin_ctzll(~x)) : 64;
+        uint32_t best = run_started_ && run_bit_ == b ? run_len_ + lead : lead;
+        // Longest run inside the word: each AND with the shifted copy
+        // shortens every run by one.
+        uint32_t inside = 0;
+        for (uint64_t y = x; y; y &= y >> 1) ++inside;
+        if (inside > best) best = inside;
+        if (best > longest_[b]) longest_[b] = best;
     }
-    unsigned left = 64;
-    for (;;) {
-        // Bits equal to the current run's value become 0; the run goes on
-        // for as many trailing zeros as this leaves.
-        const uint64_t y = w ^ (0 - static_cast<uint64_t>(run_bit_));
-        unsigned n = y ? static_cast<unsigned>(__builtin_ctzll(y)) : 64;
-        if (n >= left) {
-            run_len_ += left;  // the run goes on into the next word
-            return;
-        }
-        run_len_ += n;
-        if (run_len_ > longest_[run_bit_]) longest_[run_bit_] = run_len_;
-        w >>= n;
-        left -= n;
-        run_bit_ ^= 1;
-        run_len_ = 0;
+    // The run at the top of the word goes on into the next one.
+    const unsigned top = static_cast<unsigned>(w >> 63);
+    const uint64_t y = top ? w : ~w;
+    if (~y == 0) {
+        run_len_ = run_started_ && run_bit_ == top ? run_len_ + 64 : 64;
+    } else {
+        run_len_ = static_cast<uint32_t>(__builtin_clzll(~y));
     }
+    run_bit_ = top;
+    run_started_ = true;
 }
 
 void BitStats::feed(const unsigned char* words, size_t n) {
@@ -101,7 +102,6 @@ BitCounts BitStats::finish() {
     if (have_pending_) count(pending_, 0);
     have_pending_ = false;
     flush_counts();
-    if (run_started_ && run_len_ > longest_[run_bit_]) longest_[run_bit_] = run_len_;
     BitCounts c;
     c.ones = total_[0];
     c.diff1 = total_[1];

@@ -42,7 +42,7 @@ private:
     uint64_t lanes_[3];
     unsigned lane_words_;
     uint32_t total_[3];
-    // Current run: its bit value and length so far.
+    // The run reaching the top of the last word counted: its bit and length.
     unsigned run_bit_;
     uint32_t run_len_;
     bool run_started_;

@@ -49,7 +49,10 @@ TEST(BitStats, MatchesBitByBitModel) {
     Bytes s = rng.bytes(8192);
     for (size_t i = 1020; i < 1030; ++i) s[i] = 0xFF;  // 80 ones over a buffer edge
     for (size_t i = 2044; i < 2052; ++i) s[i] = 0x00;
-    for (size_t i = 8190; i < 8192; ++i) s[i] = 0xFF;  // a run ending the stream
+    for (size_t i = 4092; i < 4100; ++i) s[i] = 0x00;  // a whole word of zeros...
+    s[4091] &= 0x7F;                                   // ...joined to the one before
+    s[4100] &= 0xFE;                                   // ...and to the one after
+    for (size_t i = 8180; i < 8192; ++i) s[i] = 0xFF;  // a run over two words to the end
     expect_same(s, "planted runs");
     s[8191] = 0x80;  // the final bit set: its successors count as 0
     expect_same(s, "last bit");
