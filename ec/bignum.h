@@ -58,31 +58,25 @@ inline void store(void* p, const Num<W>& a) {
 // r = a + b mod 2^(64W); returns the carry out of the top word.
 template <unsigned W>
 inline unsigned char add(Num<W>& r, const Num<W>& a, const Num<W>& b) {
-    uint64_t c = 0;
+    unsigned char c = 0;
     for (unsigned i = 0; i < W; ++i) {
-        uint64_t x = a.w[i], y = b.w[i];
-        uint64_t s = x + y;
-        uint64_t c1 = s < x;
-        uint64_t t = s + c;
-        c = c1 | (t < s);
+        unsigned long long t;
+        c = __builtin_ia32_addcarryx_u64(c, a.w[i], b.w[i], &t);  // one adc chain
         r.w[i] = t;
     }
-    return static_cast<unsigned char>(c);
+    return c;
 }
 
 // r = a - b mod 2^(64W); returns the borrow (1 when a < b).
 template <unsigned W>
 inline unsigned char sub(Num<W>& r, const Num<W>& a, const Num<W>& b) {
-    uint64_t c = 0;
+    unsigned char c = 0;
     for (unsigned i = 0; i < W; ++i) {
-        uint64_t x = a.w[i], y = b.w[i];
-        uint64_t d = x - y;
-        uint64_t c1 = x < y;
-        uint64_t t = d - c;
-        c = c1 | (d < c);
+        unsigned long long t;
+        c = __builtin_ia32_sbb_u64(c, a.w[i], b.w[i], &t);  // one sbb chain
         r.w[i] = t;
     }
-    return static_cast<unsigned char>(c);
+    return c;
 }
 
 // a = a >> 1 with `top` entering the most significant bit; returns old bit 0.
