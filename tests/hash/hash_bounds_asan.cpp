@@ -1,0 +1,67 @@
+// Under AddressSanitizer: every function reads exactly the bytes it is given
+// (messages, keys and passwords in buffers of exactly their length, a salt of
+// exactly 4 bytes) and writes exactly its output.
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "GOST_34_11_2012.h"
+#include "GOST_34_11_94.h"
+#include "common/test_util.h"
+#include "pkcs5.h"
+
+namespace {
+
+// A heap copy with nothing readable past its end.
+std::unique_ptr<unsigned char[]> exact(const kt::Bytes& b) {
+    std::unique_ptr<unsigned char[]> p(new unsigned char[b.size() ? b.size() : 1]);
+    for (size_t i = 0; i < b.size(); ++i) p[i] = b[i];
+    return p;
+}
+
+template <unsigned N>
+std::unique_ptr<type_uN<N>> out() { return std::unique_ptr<type_uN<N>>(new type_uN<N>); }
+
+TEST(HashBounds, MessagesOfEveryLength) {
+    kt::Rng rng(21);
+    for (unsigned len = 0; len <= 200; ++len) {
+        auto m = exact(rng.bytes(len));
+        auto o32 = out<32>();
+        auto o64 = out<64>();
+        GOST_34_11_94_hash(m.get(), len, nullptr, o32.get());
+        GOST_34_11_2012_hash_256_bit(m.get(), len, o32.get());
+        GOST_34_11_2012_hash_512_bit(m.get(), len, o64.get());
+        GOST_34_11_2012_base(m.get(), len, o64.get());
+        std::unique_ptr<stream_hash_t> s94(new stream_hash_t);
+        std::unique_ptr<stream_hash_2012_t> s12(new stream_hash_2012_t);
+        GOST_34_11_94_hash_init(nullptr, s94.get());
+        GOST_34_11_2012_hash_512_init(s12.get());
+        for (unsigned pos = 0; pos < len;) {
+            unsigned n = 1 + rng.below(len - pos);
+            auto piece = exact(kt::Bytes(m.get() + pos, m.get() + pos + n));
+            GOST_34_11_94_hash_write(piece.get(), n, s94.get());
+            GOST_34_11_2012_hash_write(piece.get(), n, s12.get());
+            pos += n;
+        }
+        GOST_34_11_94_hash_end(o32.get(), s94.get());
+        GOST_34_11_2012_hash_512_end(o64.get(), s12.get());
+    }
+}
+
+TEST(HashBounds, KeysAndPasswords) {
+    kt::Rng rng(22);
+    auto data = exact(rng.bytes(50));
+    for (unsigned kl : {0u, 1u, 32u, 33u, 64u, 65u, 255u}) {
+        auto k = exact(rng.bytes(kl));
+        auto o32 = out<32>();
+        auto o64 = out<64>();
+        GOST_34_11_94_HMAC(data.get(), 50, k.get(), static_cast<unsigned char>(kl), o32.get());
+        GOST_34_11_2012_HMAC_256_bit(data.get(), 50, k.get(), static_cast<unsigned char>(kl), o32.get());
+        GOST_34_11_2012_HMAC_512_bit(data.get(), 50, k.get(), static_cast<unsigned char>(kl), o64.get());
+        auto salt = exact(rng.bytes(4));
+        pkcs5_PBKDF2(k.get(), static_cast<unsigned char>(kl), salt.get(), 3, o32.get());
+        pkcs5_PBKDF2_2012(k.get(), static_cast<unsigned char>(kl), salt.get(), 3, o32.get());
+    }
+}
+
+}  // namespace
