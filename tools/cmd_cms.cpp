@@ -17,7 +17,7 @@ namespace {
 using cli::Bytes;
 using cli::Error;
 
-int sign(int argc, char** argv, int first) {
+int sign_command(int argc, char** argv, int first) {
     cli::Args a = cli::parse(argc, argv, first, {"--key", "--cert", "--attr", "--unsigned-attr", "-o", "--pass", "--pass-file", "--curve"},
                              {"--detached", "--no-cert", "--pem"});
     if (a.pos.size() != 1) throw Error("name one file to sign");
@@ -34,7 +34,7 @@ int sign(int argc, char** argv, int first) {
     return 0;
 }
 
-int verify(int argc, char** argv, int first) {
+int verify_command(int argc, char** argv, int first) {
     cli::Args a = cli::parse(argc, argv, first, {"--content", "--cert"}, {});
     if (a.pos.size() != 1) throw Error("name one message");
     std::string text = cli::read_text(a.pos[0]);
@@ -71,8 +71,8 @@ int cms(int argc, char** argv, int first) {
             "content as well as the signature. Exit 4 when the message is unreadable.\n");
         return sub.empty() ? 2 : 0;
     }
-    if (sub == "sign") return sign(argc, argv, first + 1);
-    if (sub == "verify") return verify(argc, argv, first + 1);
+    if (sub == "sign") return sign_command(argc, argv, first + 1);
+    if (sub == "verify") return verify_command(argc, argv, first + 1);
     throw Error("unknown cms command '" + sub + "' (sign, verify)");
 }
 

@@ -47,8 +47,12 @@ Bytes cms_sign(Bytes& content, KeyPair& k, Bytes& cert, std::string attrs, std::
 
 CmsCheck cms_verify(Bytes msg, const Bytes* cert_in, const Bytes* content_in) {
     if (msg.empty() || msg[0] != 0x30) throw Error("not a DER CMS message", 4);
-    der::Elem outer = der::read(msg.data(), msg.data() + msg.size());  // outer length must fit
-    msg.resize(outer.size());
+    try {
+        der::Elem outer = der::read(msg.data(), msg.data() + msg.size());  // outer length must fit
+        msg.resize(outer.size());
+    } catch (const Error& e) {
+        throw Error(std::string("not a CMS message: ") + e.what(), 4);
+    }
     cms_signed_data_t p = CMS_SignedData_parse(msg.data());
     if (p.status != 0) throw Error("not a SignedData message this library reads", 4);
 

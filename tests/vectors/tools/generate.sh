@@ -12,7 +12,10 @@ printf 'abc' > abc.txt
 python3 -c 'import sys; sys.stdout.buffer.write(bytes((i * 7 + 3) % 256 for i in range(10000)))' > pattern.bin
 printf 'Korvex fixture document, signed by OpenSSL.\n' > doc.txt
 
-gostsum abc.txt empty.txt pattern.bin > gostsum.txt
+# gostsum (like OpenSSL) hashes the empty message differently from Nettle,
+# Botan and this library, so its list leaves the empty file out.
+gostsum abc.txt pattern.bin > gostsum.txt
+nettle-hash -a gosthash94cp < empty.txt | tr -d ' ' | sed 's/gosthash94cp$//' > nettle-gost94-empty.txt
 gost12sum abc.txt empty.txt pattern.bin > gost12sum.txt
 gost12sum -l abc.txt empty.txt pattern.bin > gost12sum-512.txt
 for a in md_gost94 md_gost12_256 md_gost12_512; do
