@@ -137,6 +137,7 @@ TEST(Gost2001, GeneratorNotSeeded) {
     std::memset(sig.b, 0xAA, 64);
     EXPECT_EQ(GOST_34_10_2001_gen_key_pair(&d, &q, 1), 1);
     EXPECT_EQ(q, pub(small(0x66), small(0x77)));  // nothing computed
+    EXPECT_EQ(d, small(0x55));                     // the generator wrote nothing
     T dk = kD;
     EXPECT_EQ(GOST_34_10_2001_create_DS(&h, &dk, &sig, 1), 1);
     EXPECT_EQ(sig, Sig{});  // zeros in the internal layout, never rotated
