@@ -336,6 +336,31 @@ TEST_F(Cli, Pkcs12Containers) {
     EXPECT_EQ(korvex("pkcs12 open bad.p12 --pass pass:fresh").code, 4);
 }
 
+TEST_F(Cli, CryptoProReadAndUpdate) {
+    fs::copy(fixture("container.000"), dir / "c0");
+    fs::copy(fixture("container.001"), dir / "c1");  // two keys, the certificate's second
+    copy_fixture("owner.crt");
+    std::string want = read_fixture("container.000/key.txt").substr(0, 64);
+    for (auto [folder, pw] : {std::pair{"c0", "12345678"}, std::pair{"c1", "Qwerty"}}) {
+        std::string pass = std::string(" --pass pass:") + pw;
+        Result r = korvex(std::string("cryptopro read ") + folder + " --cert owner.crt -o k" + pass);
+        ASSERT_EQ(r.code, 0) << folder << r.err;
+        EXPECT_NE(read("k").find("private = " + want), std::string::npos) << folder;
+        std::string before = read(std::string(folder) + "/masks.key");
+        ASSERT_EQ(korvex(std::string("cryptopro update ") + folder + pass).code, 0) << folder;
+        EXPECT_NE(read(std::string(folder) + "/masks.key"), before);
+        ASSERT_EQ(korvex(std::string("cryptopro read ") + folder + " --cert owner.crt -o k2" + pass).code, 0);
+        EXPECT_EQ(read("k2"), read("k"));
+        EXPECT_EQ(korvex(std::string("cryptopro read ") + folder + " --cert owner.crt --pass pass:wrong").code, 3);
+    }
+    EXPECT_NE(korvex("cryptopro read c0 --cert owner.crt --pass pass:1234567890123").code, 0);  // over 12 characters
+    std::string m = read("c0/masks.key");
+    m[40] ^= 1;  // the salt: its MAC no longer matches
+    write("c0/masks.key", m);
+    EXPECT_EQ(korvex("cryptopro read c0 --cert owner.crt --pass pass:12345678").code, 4);
+    EXPECT_NE(korvex("cryptopro read nowhere --cert owner.crt --pass pass:x").code, 0);
+}
+
 TEST_F(Cli, KeyExportLoadsInOpenSslAndImportRoundTrips) {
     ASSERT_EQ(korvex("keygen --curve A -o k --pub k.pub").code, 0);
     ASSERT_EQ(korvex("pkcs15 create --key k -o k.p15 " + std::string(kPass)).code, 0);

@@ -21,10 +21,8 @@ openssl engine gost >/dev/null 2>&1 && have_openssl=1
 printf 'A document to sign.\n' > document.txt
 cp "$vectors/tools/ossl-2001A.crt" peer.crt
 cp "$vectors/tools/ossl-2001A.pem" peer.pem
-if [ -d "$vectors/cryptopro/readme" ]; then
-  cp -r "$vectors/cryptopro/readme/container.000" container.000
-  cp "$vectors/cryptopro/readme/owner.crt" owner.crt
-fi
+cp -r "$vectors/tools/container.000" container.000
+cp "$vectors/tools/owner.crt" owner.crt
 
 # Pull the ```sh blocks out of the tour section.
 python3 - "$readme" > blocks.txt <<'PY'

@@ -45,3 +45,29 @@ openssl dgst -engine gost -md_gost94 -verify <(openssl pkey -engine gost -in oss
   -signature ossl-2001A.sig doc.txt 2>/dev/null | grep -q OK
 openssl cms -verify -engine gost -binary -inform DER -in ossl-cms.der -CAfile ossl-2001A.crt -out /dev/null 2>/dev/null
 echo "tools fixtures written"
+
+# CryptoPro container folders for the program's tests and the README tour,
+# taken from the containers of ../cryptopro (built there from the format's
+# definition, independently of the library).
+python3 - <<'PY'
+import os
+recs, cur = [], {}
+for line in open("../cryptopro/cryptopro.txt"):
+    line = line.strip()
+    if not line or line.startswith("#"):
+        if cur: recs.append(cur); cur = {}
+        continue
+    k, _, v = line.partition(" =")
+    cur[k] = v.strip()
+if cur: recs.append(cur)
+by = {r["name"]: r for r in recs}
+for folder, name in (("container.000", "one_key"), ("container.001", "two_keys_match_second")):
+    os.makedirs(folder, exist_ok=True)
+    r = by[name]
+    open(f"{folder}/primary.key", "wb").write(bytes.fromhex(r["primary"]))
+    open(f"{folder}/masks.key", "wb").write(bytes.fromhex(r["masks"]))
+    open(f"{folder}/password.txt", "w").write(bytes.fromhex(r["password"]).decode() + "\n")
+    open(f"{folder}/key.txt", "w").write(r["key"] + "\n")
+PY
+cp ../cryptopro/cert_d1_A.der owner.crt
+echo "cryptopro folders written"
