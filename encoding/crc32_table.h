@@ -10,8 +10,11 @@ namespace kx {
 
 constexpr uint32_t kCrc32Poly = 0xEDB88320u;
 
+// reg >> 1, XOR the polynomial when the bit shifted out was 1. Written as a
+// select, which compiles to a conditional move: shorter latency than a mask.
 constexpr uint32_t crc32_bit_step(uint32_t reg) {
-    return (reg >> 1) ^ (kCrc32Poly & (0u - (reg & 1u)));
+    const uint32_t s = reg >> 1;
+    return (reg & 1u) ? s ^ kCrc32Poly : s;
 }
 
 struct Crc32Tables {
