@@ -50,12 +50,13 @@ inline V256 transform_a(const V256& y) {
 }
 
 // P: out byte 4k + i := in byte 8i + k. Read as a GOST 28147-89 key, subkey k
-// is byte k of each of the four words, word 0 lowest.
-inline void key_from_p(const V256& x, Gost89Key& key) {
+// is byte k of each of the four words, word 0 lowest. The key goes to lane
+// `lane` of a four-lane key.
+inline void key_from_p(const V256& x, Gost89Key4& key, int lane) {
     for (int k = 0; k < 8; ++k) {
         const unsigned s = 8 * k;
-        key.k[k] = static_cast<uint32_t>((x.w[0] >> s) & 0xFF) | static_cast<uint32_t>((x.w[1] >> s) & 0xFF) << 8 |
-                   static_cast<uint32_t>((x.w[2] >> s) & 0xFF) << 16 | static_cast<uint32_t>((x.w[3] >> s) & 0xFF) << 24;
+        key.k[k][lane] = static_cast<uint32_t>((x.w[0] >> s) & 0xFF) | static_cast<uint32_t>((x.w[1] >> s) & 0xFF) << 8 |
+                         static_cast<uint32_t>((x.w[2] >> s) & 0xFF) << 16 | static_cast<uint32_t>((x.w[3] >> s) & 0xFF) << 24;
     }
 }
 
@@ -88,30 +89,14 @@ inline void psi_n(V256& y, unsigned n) {
     for (; n; --n) psi1(y);
 }
 
-// Encrypts word i of s under key[i], i = 0..3, with the 32-Z cycle. The four
-// encryptions are independent, so their rounds are interleaved.
-inline void encrypt4(V256& s, const Gost89Key key[4], const Gost89Table& t) {
-    uint32_t a[4], b[4];
-    for (int l = 0; l < 4; ++l) {
-        a[l] = static_cast<uint32_t>(s.w[l]);
-        b[l] = static_cast<uint32_t>(s.w[l] >> 32);
-    }
-    // Subkey order of 32-Z: K0..K7 three times, K7..K0 once; two rounds per
-    // pass with the roles of the halves exchanged.
-    for (int r = 0; r < 32; r += 2) {
-        const int i0 = r < 24 ? r & 7 : 31 - r, i1 = r < 24 ? (r + 1) & 7 : 30 - r;
-        for (int l = 0; l < 4; ++l) b[l] ^= gost89_f(a[l] + key[l].k[i0], t.w);
-        for (int l = 0; l < 4; ++l) a[l] ^= gost89_f(b[l] + key[l].k[i1], t.w);
-    }
-    for (int l = 0; l < 4; ++l) s.w[l] = static_cast<uint64_t>(a[l]) << 32 | b[l];
-}
-
-// Key generation and encryption: S := E(H) word by word under K1..K4.
+// Key generation and encryption: S := E(H) word by word under K1..K4. The
+// four encryptions are independent and run in the four lanes of one
+// GOST 28147-89 cycle.
 inline V256 keygen_encrypt(const V256& m, const V256& h) {
-    Gost89Key key[4];
+    Gost89Key4 key;
     V256 u = h, v = m;
     for (int i = 0; i < 4; ++i) {
-        key_from_p(vxor(u, v), key[i]);
+        key_from_p(vxor(u, v), key, i);
         if (i < 3) {
             u = transform_a(u);
             if (i == 1) u = vxor(u, kC3);
@@ -119,7 +104,8 @@ inline V256 keygen_encrypt(const V256& m, const V256& h) {
         }
     }
     V256 s = h;
-    encrypt4(s, key, gost89_table(1));
+    const Gost89Table4& table = gost89_table4(gost89_table(1));
+    gost89_encrypt_x4(s.w, key, table);
     return s;
 }
 
