@@ -27,18 +27,16 @@ KORVEX_API void GOST_28147_89_R_CBC(unsigned char* data, unsigned int len, type_
     uint64_t v = gost89_block_or_zero(iv);
     // Decryption of every block is independent: four at a time.
     if (len >= 32) {
-        Gost89Key4 k4 = gost89_key4(k);
-        const Gost89Table4 t4 = gost89_table4(t);
+        const Gost89Wide wide(k, t);
         uint64_t c[4], p[4];
         for (; len >= 32; len -= 32, data += 32) {
             for (int i = 0; i < 4; ++i) p[i] = c[i] = load64(data + 8 * i);
-            gost89_decrypt_x4(p, k4, t4);
+            wide.decrypt(p);
             store64(data, p[0] ^ v);
             for (int i = 1; i < 4; ++i) store64(data + 8 * i, p[i] ^ c[i - 1]);
             v = c[3];
         }
         wipe(p, sizeof p);
-        gost89_wipe(k4);
     }
     for (; len >= 8; len -= 8, data += 8) {
         const uint64_t c = load64(data);

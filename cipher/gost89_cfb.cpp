@@ -11,8 +11,7 @@ void gost89_cfb(unsigned char* data, size_t len, const Gost89Key& k, const Gost8
     if (decrypt) {
         // Every gamma block is known from the ciphertext: four at a time.
         if (len >= 32) {
-            Gost89Key4 k4 = gost89_key4(k);
-            const Gost89Table4 t4 = gost89_table4(t);
+            const Gost89Wide wide(k, t);
             uint64_t g[4], y[4];
             for (; len >= 32; len -= 32, data += 32) {
                 for (int i = 0; i < 4; ++i) y[i] = load64(data + 8 * i);
@@ -20,12 +19,11 @@ void gost89_cfb(unsigned char* data, size_t len, const Gost89Key& k, const Gost8
                 g[1] = y[0];
                 g[2] = y[1];
                 g[3] = y[2];
-                gost89_encrypt_x4(g, k4, t4);
+                wide.encrypt(g);
                 for (int i = 0; i < 4; ++i) store64(data + 8 * i, y[i] ^ g[i]);
                 v = y[3];
             }
             wipe(g, sizeof g);
-            gost89_wipe(k4);
         }
         for (; len >= 8; len -= 8, data += 8) {
             const uint64_t y = load64(data);

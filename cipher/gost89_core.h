@@ -163,15 +163,27 @@ inline Gost89Key4 gost89_key4(const Gost89Key& a, const Gost89Key& b, const Gost
 }
 inline Gost89Key4 gost89_key4(const Gost89Key& k) { return gost89_key4(k, k, k, k); }
 inline void gost89_wipe(Gost89Key4& key) { wipe(&key, sizeof key); }
-inline Gost89Table4 gost89_table4(const Gost89Table& t) {
-    Gost89Table4 r;
-    for (int m = 0; m < 15; ++m)
-        for (int i = 0; i < 4; ++i) r.w[m][i] = t.w[m];
-    return r;
-}
+// The six tables with every word repeated over the lanes, in the order of
+// gost89_tables.
+extern const Gost89Table4 gost89_tables4[6];
+inline const Gost89Table4& gost89_table4(const Gost89Table& t) { return gost89_tables4[&t - gost89_tables]; }
+inline const Gost89Table4& gost89_table4(unsigned char sbox) { return gost89_table4(gost89_table(sbox)); }
 // 32-Z (or 32-R) of blocks[0..3] in place.
 void gost89_encrypt_x4(uint64_t blocks[4], const Gost89Key4& k, const Gost89Table4& t);
 void gost89_decrypt_x4(uint64_t blocks[4], const Gost89Key4& k, const Gost89Table4& t);
+
+// One mode call's key spread over the lanes with its table; the key copy is
+// wiped when the mode is done.
+struct Gost89Wide {
+    Gost89Key4 k;
+    const Gost89Table4& t;
+    Gost89Wide(const Gost89Key& key, const Gost89Table& table) : k(gost89_key4(key)), t(gost89_table4(table)) {}
+    ~Gost89Wide() { gost89_wipe(k); }
+    Gost89Wide(const Gost89Wide&) = delete;
+    Gost89Wide& operator=(const Gost89Wide&) = delete;
+    void encrypt(uint64_t b[4]) const { gost89_encrypt_x4(b, k, t); }
+    void decrypt(uint64_t b[4]) const { gost89_decrypt_x4(b, k, t); }
+};
 
 // Whole-buffer helpers shared by the exported modes (gost89_*.cpp).
 // ECB over the whole blocks of data; the tail is left alone.

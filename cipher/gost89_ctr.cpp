@@ -9,16 +9,14 @@ void gost89_ctr(unsigned char* data, size_t len, const Gost89Key& k, const Gost8
                 uint64_t* tail_gamma) {
     uint64_t c = *ctr;
     if (len >= 32) {
-        Gost89Key4 k4 = gost89_key4(k);
-        const Gost89Table4 t4 = gost89_table4(t);
+        const Gost89Wide wide(k, t);
         uint64_t g[4];
         for (; len >= 32; len -= 32, data += 32) {
             for (int i = 0; i < 4; ++i) g[i] = c = gost89_ctr_next(c);
-            gost89_encrypt_x4(g, k4, t4);
+            wide.encrypt(g);
             for (int i = 0; i < 4; ++i) store64(data + 8 * i, load64(data + 8 * i) ^ g[i]);
         }
         wipe(g, sizeof g);
-        gost89_wipe(k4);
     }
     for (; len >= 8; len -= 8, data += 8) {
         c = gost89_ctr_next(c);

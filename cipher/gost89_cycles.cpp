@@ -17,16 +17,14 @@ Gost89Table table_from(const unsigned int* table) {
 void gost89_ecb(unsigned char* data, size_t len, const Gost89Key& k, const Gost89Table& t, bool decrypt) {
     // No padding: the last len % 8 bytes stay as they are.
     if (len >= 32) {
-        Gost89Key4 k4 = gost89_key4(k);
-        const Gost89Table4 t4 = gost89_table4(t);
+        const Gost89Wide wide(k, t);
         uint64_t b[4];
         for (; len >= 32; len -= 32, data += 32) {
             for (int i = 0; i < 4; ++i) b[i] = load64(data + 8 * i);
-            if (decrypt) gost89_decrypt_x4(b, k4, t4);
-            else gost89_encrypt_x4(b, k4, t4);
+            if (decrypt) wide.decrypt(b);
+            else wide.encrypt(b);
             for (int i = 0; i < 4; ++i) store64(data + 8 * i, b[i]);
         }
-        gost89_wipe(k4);
     }
     if (decrypt)
         for (; len >= 8; len -= 8, data += 8) store64(data, gost89_decrypt(load64(data), k, t));

@@ -107,6 +107,20 @@ constexpr Gost89Table gost89_tables[6] = {
     anf(kCryptoProC), anf(kCryptoProD),     anf(kParamZ),
 };
 
+namespace {
+constexpr Gost89Table4 broadcast(const Gost89Table& t) {
+    Gost89Table4 r{};
+    for (int m = 0; m < 15; ++m)
+        for (int i = 0; i < 4; ++i) r.w[m][i] = t.w[m];
+    return r;
+}
+}  // namespace
+
+constexpr Gost89Table4 gost89_tables4[6] = {
+    broadcast(gost89_tables[0]), broadcast(gost89_tables[1]), broadcast(gost89_tables[2]),
+    broadcast(gost89_tables[3]), broadcast(gost89_tables[4]), broadcast(gost89_tables[5]),
+};
+
 // Check values of the derived words.
 static_assert(gost89_tables[kGost89ParamZ].w[0] == 0x1857CB6Cu && gost89_tables[kGost89ParamZ].w[1] == 0x668848E8u &&
                   gost89_tables[kGost89ParamZ].w[2] == 0xFAA2EE4Au && gost89_tables[kGost89ParamZ].w[3] == 0x511775FCu,
