@@ -5,7 +5,6 @@ include(CMakePackageConfigHelpers)
 
 set(KORVEX_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/Korvex)
 
-set_target_properties(Korvex PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
 target_include_directories(Korvex PUBLIC $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/korvex>)
 
 install(TARGETS Korvex EXPORT KorvexTargets
