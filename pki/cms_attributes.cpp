@@ -40,21 +40,32 @@ bool same_text(const unsigned char* a, unsigned int n, const char* b) {
 }
 
 // Splits an "OID:Base64" item: k = OID text length, b64 = Base64 length.
-// False for items that cannot be encoded: no ':', an OID text longer than 255
-// or without '.', no whole Base64 groups (the decoder reads four characters
-// per group).
+// False for items that cannot be encoded: no ':', an OID text that is not
+// dotted decimal (digits, single dots, at least two arcs) or is longer than
+// 255, no whole Base64 groups (the decoder reads four characters per group).
 bool split_item(const unsigned char* text, unsigned int len, unsigned int& k, unsigned int& b64) {
     if (!text) return false;
     k = oid_text_len(text, len);
-    if (k == len || k > 255) return false;
+    if (k == len || k == 0 || k > 255) return false;
     b64 = len - k - 1;
     if (b64 == 0 || b64 % 4 != 0) return false;
-    // The OID encoder looks for the first '.' without a bound and, past the
-    // second arc, reads one octet beyond the text per further '.': only pass
-    // it text whose item covers that.
     unsigned int dots = 0;
-    for (unsigned int i = 0; i < k; ++i) dots += text[i] == '.';
-    return dots != 0 && len - k >= dots - 1;
+    for (unsigned int i = 0; i < k; ++i) {
+        if (text[i] == '.') {
+            if (i == 0 || i + 1 == k || text[i - 1] == '.') return false;
+            ++dots;
+        } else if (text[i] < '0' || text[i] > '9') {
+            return false;
+        }
+    }
+    if (dots == 0) return false;
+    // Past the second arc the OID encoder reads one octet beyond the text per
+    // further '.', going on while those octets are dots: they must lie in the
+    // item and not be '.'.
+    if (len - k < dots - 1) return false;
+    for (unsigned int i = 0; i + 1 < dots; ++i)
+        if (text[k + i] == '.') return false;
+    return true;
 }
 
 // Octets the Base64 decoder counts for n characters (n a multiple of 4).

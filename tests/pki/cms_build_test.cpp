@@ -75,9 +75,11 @@ TEST(CmsAttribute, ListsAndBadItems) {
     EXPECT_EQ(CMS_create_Attr(nullptr, 10, out.data()), 0u);
     EXPECT_EQ(CMS_create_Attr(u(list), 0, out.data()), 0u);
 
-    // Items without ':', with a single-arc OID or with no whole Base64
-    // group give nothing.
-    for (std::string bad : {std::string("1.2.3"), std::string("1.2.3:"), std::string("1.2.3:QQ"), std::string("1:QUFB")}) {
+    // Items without ':', with an OID text that is not dotted decimal of two
+    // arcs or more, or with no whole Base64 group give nothing; so do items
+    // whose OID encoder would read dots past the OID text.
+    for (std::string bad : {"1.2.3", "1.2.3:", "1.2.3:QQ", "1:QUFB", "1..2:QUFB", ".1.2:QUFB", "1.2.:QUFB", "1.a:QUFB",
+                            ":QUFB", "1.2.3.4.5.6:...."}) {
         SCOPED_TRACE(bad);
         EXPECT_EQ(CMS_create_Attribute(u(bad), bad.size(), out.data()), 0u);
     }
