@@ -6,29 +6,22 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "encoding/block_copy.h"
+
 #define KX_HIDDEN extern "C" __attribute__((visibility("hidden")))
 
 KX_HIDDEN void* memcpy(void* dst, const void* src, size_t n) {
-    unsigned char* d = static_cast<unsigned char*>(dst);
-    const unsigned char* s = static_cast<const unsigned char*>(src);
-    for (; n >= 8; n -= 8, d += 8, s += 8) {
-        uint64_t v;
-        __builtin_memcpy(&v, s, 8);
-        __builtin_memcpy(d, &v, 8);
-    }
-    for (; n; --n) *d++ = *s++;
+    kx::copy_ascending(static_cast<const unsigned char*>(src), static_cast<unsigned char*>(dst), n);
     return dst;
 }
 
 KX_HIDDEN void* memmove(void* dst, const void* src, size_t n) {
     unsigned char* d = static_cast<unsigned char*>(dst);
     const unsigned char* s = static_cast<const unsigned char*>(src);
-    if (d == s || n == 0) return dst;
-    if (d < s || d >= s + n) {
-        for (size_t i = 0; i < n; ++i) d[i] = s[i];
-    } else {
-        for (size_t i = n; i-- > 0;) d[i] = s[i];
-    }
+    // Towards lower addresses an ascending copy never overwrites a byte it
+    // has still to read; towards higher ones a descending copy does not.
+    if (d < s) kx::copy_ascending(s, d, n);
+    else if (d > s) kx::copy_descending(s, d, n);
     return dst;
 }
 
