@@ -4,7 +4,8 @@
 # and issued certificates, a v1 certificate, several Name shapes, and CMS
 # SignedData made by `openssl cms -sign`. Facts the tests compare against
 # (serial numbers, times, public keys as OpenSSL prints them) go to
-# certs.txt. Needs openssl with the gost engine.
+# certs.txt. Needs openssl with the gost engine. The companion interop.sh
+# checks messages signed by the library with openssl (interop.txt).
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 cd "$here"
@@ -97,5 +98,4 @@ for s in ca_a leaf_b; do
     openssl cms -verify $E -binary -inform DER -in "cms_openssl_$s.der" -CAfile "$work/ca_a.pem" \
         -out /dev/null 2>/dev/null
 done
-
 echo "fixtures written to $here"
