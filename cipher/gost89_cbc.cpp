@@ -25,23 +25,18 @@ KORVEX_API void GOST_28147_89_R_CBC(unsigned char* data, unsigned int len, type_
     const Gost89Table& t = gost89_table(sbox);
     Gost89Key k = gost89_key(key);
     uint64_t v = gost89_block_or_zero(iv);
-    // Decryption of every block is independent: four at a time.
-    if (len >= 32) {
-        const Gost89Wide wide(k, t);
-        uint64_t c[4], p[4];
-        for (; len >= 32; len -= 32, data += 32) {
-            for (int i = 0; i < 4; ++i) p[i] = c[i] = load64(data + 8 * i);
-            wide.decrypt(p);
-            store64(data, p[0] ^ v);
-            for (int i = 1; i < 4; ++i) store64(data + 8 * i, p[i] ^ c[i - 1]);
-            v = c[3];
-        }
-        wipe(p, sizeof p);
+    // Decryption of every block is independent: several at a time.
+    const Gost89TableWide& tw = gost89_table_wide(t);
+    uint64_t c[kGost89Lanes], p[kGost89Lanes];
+    while (len >= 8) {
+        const size_t n = len / 8 < kGost89Lanes ? len / 8 : kGost89Lanes;
+        for (size_t i = 0; i < n; ++i) p[i] = c[i] = load64(data + 8 * i);
+        gost89_decrypt_many(p, n, k, tw);
+        for (size_t i = 0; i < n; ++i) store64(data + 8 * i, p[i] ^ (i ? c[i - 1] : v));
+        v = c[n - 1];
+        data += 8 * n;
+        len -= 8 * n;
     }
-    for (; len >= 8; len -= 8, data += 8) {
-        const uint64_t c = load64(data);
-        store64(data, gost89_decrypt(c, k, t) ^ v);
-        v = c;
-    }
+    wipe(p, sizeof p);
     gost89_wipe(k);
 }

@@ -9,27 +9,22 @@ void gost89_cfb(unsigned char* data, size_t len, const Gost89Key& k, const Gost8
                 bool decrypt) {
     uint64_t v = *s;
     if (decrypt) {
-        // Every gamma block is known from the ciphertext: four at a time.
-        if (len >= 32) {
-            const Gost89Wide wide(k, t);
-            uint64_t g[4], y[4];
-            for (; len >= 32; len -= 32, data += 32) {
-                for (int i = 0; i < 4; ++i) y[i] = load64(data + 8 * i);
-                g[0] = v;
-                g[1] = y[0];
-                g[2] = y[1];
-                g[3] = y[2];
-                wide.encrypt(g);
-                for (int i = 0; i < 4; ++i) store64(data + 8 * i, y[i] ^ g[i]);
-                v = y[3];
+        // Every gamma block is known from the ciphertext: several at a time.
+        const Gost89TableWide& tw = gost89_table_wide(t);
+        uint64_t g[kGost89Lanes], y[kGost89Lanes];
+        while (len >= 8) {
+            const size_t n = len / 8 < kGost89Lanes ? len / 8 : kGost89Lanes;
+            for (size_t i = 0; i < n; ++i) {
+                y[i] = load64(data + 8 * i);
+                g[i] = i ? y[i - 1] : v;
             }
-            wipe(g, sizeof g);
+            gost89_encrypt_many(g, n, k, tw);
+            for (size_t i = 0; i < n; ++i) store64(data + 8 * i, y[i] ^ g[i]);
+            v = y[n - 1];
+            data += 8 * n;
+            len -= 8 * n;
         }
-        for (; len >= 8; len -= 8, data += 8) {
-            const uint64_t y = load64(data);
-            store64(data, y ^ gost89_encrypt(v, k, t));
-            v = y;
-        }
+        wipe(g, sizeof g);
     } else {
         for (; len >= 8; len -= 8, data += 8) {
             v = load64(data) ^ gost89_encrypt(v, k, t);

@@ -142,14 +142,31 @@ inline uint64_t gost89_ctr_next(uint64_t ctr) {
     return static_cast<uint64_t>(n2) << 32 | n1;
 }
 
-// Four independent blocks at once in the lanes of SSE2 registers (every
-// x86-64 has SSE2): for the parallel modes, and for callers with four keys
-// (the GOST R 34.11-94 key generation). Lane i uses subkeys k[.][i].
+// Several independent blocks at once, one per 32-bit vector lane, with the
+// same bit-sliced round (so just as constant-time): the parallel modes run up
+// to eight blocks under one key (AVX2 when the processor has it, otherwise
+// two SSE2 passes), and callers with four keys (the GOST R 34.11-94 key
+// generation) run four blocks under four keys.
+constexpr size_t kGost89Lanes = 8;
+
+// A table with every word repeated over the eight lanes.
+struct alignas(32) Gost89TableWide {
+    uint32_t w[15][8];
+};
+extern const Gost89TableWide gost89_tables_wide[6];  // in the order of gost89_tables
+inline const Gost89TableWide& gost89_table_wide(const Gost89Table& t) { return gost89_tables_wide[&t - gost89_tables]; }
+// Earlier names of the same, kept for the callers that use them.
+typedef Gost89TableWide Gost89Table4;
+inline const Gost89TableWide& gost89_table4(const Gost89Table& t) { return gost89_table_wide(t); }
+inline const Gost89TableWide& gost89_table4(unsigned char sbox) { return gost89_table_wide(gost89_table(sbox)); }
+
+// 32-Z or 32-R of blocks[0..n-1] in place, 1 <= n <= kGost89Lanes, one key.
+void gost89_encrypt_many(uint64_t* blocks, size_t n, const Gost89Key& k, const Gost89TableWide& t);
+void gost89_decrypt_many(uint64_t* blocks, size_t n, const Gost89Key& k, const Gost89TableWide& t);
+
+// Four keys, lane i taking the subkeys k[.][i] of key i.
 struct alignas(16) Gost89Key4 {
     uint32_t k[8][4];
-};
-struct alignas(16) Gost89Table4 {
-    uint32_t w[15][4];
 };
 inline Gost89Key4 gost89_key4(const Gost89Key& a, const Gost89Key& b, const Gost89Key& c, const Gost89Key& d) {
     Gost89Key4 r;
@@ -161,29 +178,9 @@ inline Gost89Key4 gost89_key4(const Gost89Key& a, const Gost89Key& b, const Gost
     }
     return r;
 }
-inline Gost89Key4 gost89_key4(const Gost89Key& k) { return gost89_key4(k, k, k, k); }
 inline void gost89_wipe(Gost89Key4& key) { wipe(&key, sizeof key); }
-// The six tables with every word repeated over the lanes, in the order of
-// gost89_tables.
-extern const Gost89Table4 gost89_tables4[6];
-inline const Gost89Table4& gost89_table4(const Gost89Table& t) { return gost89_tables4[&t - gost89_tables]; }
-inline const Gost89Table4& gost89_table4(unsigned char sbox) { return gost89_table4(gost89_table(sbox)); }
-// 32-Z (or 32-R) of blocks[0..3] in place.
-void gost89_encrypt_x4(uint64_t blocks[4], const Gost89Key4& k, const Gost89Table4& t);
-void gost89_decrypt_x4(uint64_t blocks[4], const Gost89Key4& k, const Gost89Table4& t);
-
-// One mode call's key spread over the lanes with its table; the key copy is
-// wiped when the mode is done.
-struct Gost89Wide {
-    Gost89Key4 k;
-    const Gost89Table4& t;
-    Gost89Wide(const Gost89Key& key, const Gost89Table& table) : k(gost89_key4(key)), t(gost89_table4(table)) {}
-    ~Gost89Wide() { gost89_wipe(k); }
-    Gost89Wide(const Gost89Wide&) = delete;
-    Gost89Wide& operator=(const Gost89Wide&) = delete;
-    void encrypt(uint64_t b[4]) const { gost89_encrypt_x4(b, k, t); }
-    void decrypt(uint64_t b[4]) const { gost89_decrypt_x4(b, k, t); }
-};
+// 32-Z of blocks[i] under key i, i = 0..3, in place.
+void gost89_encrypt_x4(uint64_t blocks[4], const Gost89Key4& k, const Gost89TableWide& t);
 
 // Whole-buffer helpers shared by the exported modes (gost89_*.cpp).
 // ECB over the whole blocks of data; the tail is left alone.

@@ -8,20 +8,17 @@ namespace kx {
 void gost89_ctr(unsigned char* data, size_t len, const Gost89Key& k, const Gost89Table& t, uint64_t* ctr,
                 uint64_t* tail_gamma) {
     uint64_t c = *ctr;
-    if (len >= 32) {
-        const Gost89Wide wide(k, t);
-        uint64_t g[4];
-        for (; len >= 32; len -= 32, data += 32) {
-            for (int i = 0; i < 4; ++i) g[i] = c = gost89_ctr_next(c);
-            wide.encrypt(g);
-            for (int i = 0; i < 4; ++i) store64(data + 8 * i, load64(data + 8 * i) ^ g[i]);
-        }
-        wipe(g, sizeof g);
+    const Gost89TableWide& tw = gost89_table_wide(t);
+    uint64_t g[kGost89Lanes];
+    while (len >= 8) {
+        const size_t n = len / 8 < kGost89Lanes ? len / 8 : kGost89Lanes;
+        for (size_t i = 0; i < n; ++i) g[i] = c = gost89_ctr_next(c);
+        gost89_encrypt_many(g, n, k, tw);
+        for (size_t i = 0; i < n; ++i) store64(data + 8 * i, load64(data + 8 * i) ^ g[i]);
+        data += 8 * n;
+        len -= 8 * n;
     }
-    for (; len >= 8; len -= 8, data += 8) {
-        c = gost89_ctr_next(c);
-        store64(data, load64(data) ^ gost89_encrypt(c, k, t));
-    }
+    wipe(g, sizeof g);
     if (len) {
         c = gost89_ctr_next(c);
         unsigned char g[8];

@@ -16,20 +16,17 @@ Gost89Table table_from(const unsigned int* table) {
 
 void gost89_ecb(unsigned char* data, size_t len, const Gost89Key& k, const Gost89Table& t, bool decrypt) {
     // No padding: the last len % 8 bytes stay as they are.
-    if (len >= 32) {
-        const Gost89Wide wide(k, t);
-        uint64_t b[4];
-        for (; len >= 32; len -= 32, data += 32) {
-            for (int i = 0; i < 4; ++i) b[i] = load64(data + 8 * i);
-            if (decrypt) wide.decrypt(b);
-            else wide.encrypt(b);
-            for (int i = 0; i < 4; ++i) store64(data + 8 * i, b[i]);
-        }
+    const Gost89TableWide& tw = gost89_table_wide(t);
+    uint64_t b[kGost89Lanes];
+    while (len >= 8) {
+        const size_t n = len / 8 < kGost89Lanes ? len / 8 : kGost89Lanes;
+        for (size_t i = 0; i < n; ++i) b[i] = load64(data + 8 * i);
+        if (decrypt) gost89_decrypt_many(b, n, k, tw);
+        else gost89_encrypt_many(b, n, k, tw);
+        for (size_t i = 0; i < n; ++i) store64(data + 8 * i, b[i]);
+        data += 8 * n;
+        len -= 8 * n;
     }
-    if (decrypt)
-        for (; len >= 8; len -= 8, data += 8) store64(data, gost89_decrypt(load64(data), k, t));
-    else
-        for (; len >= 8; len -= 8, data += 8) store64(data, gost89_encrypt(load64(data), k, t));
 }
 
 }  // namespace kx

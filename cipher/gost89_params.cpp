@@ -108,15 +108,15 @@ constexpr Gost89Table gost89_tables[6] = {
 };
 
 namespace {
-constexpr Gost89Table4 broadcast(const Gost89Table& t) {
-    Gost89Table4 r{};
+constexpr Gost89TableWide broadcast(const Gost89Table& t) {
+    Gost89TableWide r{};
     for (int m = 0; m < 15; ++m)
-        for (int i = 0; i < 4; ++i) r.w[m][i] = t.w[m];
+        for (size_t i = 0; i < kGost89Lanes; ++i) r.w[m][i] = t.w[m];
     return r;
 }
 }  // namespace
 
-constexpr Gost89Table4 gost89_tables4[6] = {
+constexpr Gost89TableWide gost89_tables_wide[6] = {
     broadcast(gost89_tables[0]), broadcast(gost89_tables[1]), broadcast(gost89_tables[2]),
     broadcast(gost89_tables[3]), broadcast(gost89_tables[4]), broadcast(gost89_tables[5]),
 };
