@@ -68,9 +68,10 @@ inline void sp_halves(const Block& x, uint32_t lo[8], uint32_t hi[8]) {
 // Thirty-two rows of A, starting at rows, against the halves in src: row r
 // is taken into a word when bit 31 - r of its half is set. A lane of a
 // vector holds one half of one of four words; the bit is read as the sign of
-// the half shifted left r times, giving one mask per row and lane.
+// the half shifted left r times, giving one mask per row and lane. acc[n][0]
+// collects the low and acc[n][1] the high halves of the four results.
 template <int Count>
-__attribute__((always_inline)) inline void rows32(const uint64_t* rows, u32x4 (&src)[Count][2], u32x4 (&acc)[Count][2][2]) {
+__attribute__((always_inline)) inline void rows32(const uint64_t* rows, u32x4 (&src)[Count], u32x4 (&acc)[Count][2]) {
 #pragma GCC unroll 1
     for (int k = 0; k < 32; k += 2) {
         u32x4 pair;  // {low k, high k, low k+1, high k+1}
@@ -80,47 +81,43 @@ __attribute__((always_inline)) inline void rows32(const uint64_t* rows, u32x4 (&
 #pragma GCC unroll 2
         for (int r = 0; r < 2; ++r)
 #pragma GCC unroll 2
-            for (int n = 0; n < Count; ++n)
-#pragma GCC unroll 2
-                for (int g = 0; g < 2; ++g) {
-                    const u32x4 m = reinterpret_cast<u32x4>(reinterpret_cast<i32x4>(src[n][g]) >> 31);
-                    src[n][g] += src[n][g];
-                    acc[n][g][0] ^= al[r] & m;
-                    acc[n][g][1] ^= ah[r] & m;
-                }
+            for (int n = 0; n < Count; ++n) {
+                const u32x4 m = reinterpret_cast<u32x4>(reinterpret_cast<i32x4>(src[n]) >> 31);
+                src[n] += src[n];
+                acc[n][0] ^= al[r] & m;
+                acc[n][1] ^= ah[r] & m;
+            }
     }
 }
 
 // L on Count values given as 32-bit halves: out[n] word i := L(hi[n][i]:lo[n][i]).
+// Words 0..3 and 4..7 are done in two passes, which keeps everything in
+// registers.
 template <int Count>
 inline void l_pass(const uint32_t (*lo)[8], const uint32_t (*hi)[8], Block* const out[Count]) {
     // The rows are read through an opaque pointer so that the compiler
     // keeps the 512-byte table instead of materialising broadcast copies.
     const uint64_t* rows = streebog_A;
     __asm__("" : "+r"(rows));
-    u32x4 src[Count][2];     // [value][group of four words]
-    u32x4 acc[Count][2][2];  // [value][group][0 = low halves, 1 = high halves]
+    for (int g = 0; g < 2; ++g) {
+        u32x4 src[Count];
+        u32x4 acc[Count][2];
 #pragma GCC unroll 2
-    for (int n = 0; n < Count; ++n)
-#pragma GCC unroll 2
-        for (int g = 0; g < 2; ++g) {
-            __builtin_memcpy(&src[n][g], &hi[n][4 * g], 16);
-            acc[n][g][0] = u32x4{0, 0, 0, 0};
-            acc[n][g][1] = u32x4{0, 0, 0, 0};
+        for (int n = 0; n < Count; ++n) {
+            __builtin_memcpy(&src[n], &hi[n][4 * g], 16);
+            acc[n][0] = u32x4{0, 0, 0, 0};
+            acc[n][1] = u32x4{0, 0, 0, 0};
         }
-    rows32<Count>(rows, src, acc);  // rows 0..31 meet the high halves
+        rows32<Count>(rows, src, acc);  // rows 0..31 meet the high halves
 #pragma GCC unroll 2
-    for (int n = 0; n < Count; ++n)
+        for (int n = 0; n < Count; ++n) __builtin_memcpy(&src[n], &lo[n][4 * g], 16);
+        rows32<Count>(rows + 32, src, acc);
 #pragma GCC unroll 2
-        for (int g = 0; g < 2; ++g) __builtin_memcpy(&src[n][g], &lo[n][4 * g], 16);
-    rows32<Count>(rows + 32, src, acc);
-#pragma GCC unroll 2
-    for (int n = 0; n < Count; ++n)
-#pragma GCC unroll 2
-        for (int g = 0; g < 2; ++g)
+        for (int n = 0; n < Count; ++n)
 #pragma GCC unroll 4
             for (int i = 0; i < 4; ++i)
-                out[n]->w[4 * g + i] = static_cast<uint64_t>(acc[n][g][1][i]) << 32 | acc[n][g][0][i];
+                out[n]->w[4 * g + i] = static_cast<uint64_t>(acc[n][1][i]) << 32 | acc[n][0][i];
+    }
 }
 
 // out[n] := L(P(S(in[n]))) for n < Count; in and out may be the same.
