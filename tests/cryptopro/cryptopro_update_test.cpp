@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "CryptoPro.h"
+#include "GOST_28147_89.h"
 #include "PRNG.h"
 #include "cryptopro_fixture.h"
 
@@ -47,6 +48,38 @@ TEST(CryptoProUpdate, UnseededGeneratorGives9WithKeysDeciphered) {
     Container ref = cpt::container("two_keys_match_first");
     EXPECT_NE(ref.primary, c.primary);
     EXPECT_TRUE(std::equal(c.primary.begin(), c.primary.begin() + 4, ref.primary.begin()));
+    // Enciphering them again under the key the data script derived gives
+    // the original file back.
+    auto rec = kt::load_records("cryptopro/cryptopro.txt");
+    Bytes kek;
+    for (auto& r : rec)
+        if (r.at("name") == "two_keys_match_first") kek = kt::from_hex(r.at("kek"));
+    ASSERT_EQ(32u, kek.size());
+    auto* k = reinterpret_cast<type_uN<32>*>(kek.data());
+    GOST_28147_89_Z_ECB(c.primary.data() + 4, 32, k, 2);
+    GOST_28147_89_Z_ECB(c.primary.data() + 38, 32, k, 2);
+    EXPECT_EQ(ref.primary, c.primary);
+}
+
+TEST(CryptoProUpdate, MakesExactlyTwoDrawsSecondIsTheSalt) {
+    seed(9);
+    Container c = cpt::container("one_key");
+    ASSERT_EQ(0, update(c));
+    type_uN<32> after;
+    ASSERT_EQ(0, PRNG_get(&after));
+    seed(9);
+    type_uN<32> r1, r2, r3;
+    ASSERT_EQ(0, PRNG_get(&r1));
+    ASSERT_EQ(0, PRNG_get(&r2));
+    ASSERT_EQ(0, PRNG_get(&r3));
+    EXPECT_EQ(kt::to_hex(r3.b, 32), kt::to_hex(after.b, 32));
+    // Salt: the second draw with 1 added to its first 32-bit word, no carry on.
+    uint32_t w = r2.b[0] | r2.b[1] << 8 | r2.b[2] << 16 | static_cast<uint32_t>(r2.b[3]) << 24;
+    w += 1;
+    unsigned char salt[12];
+    std::copy(r2.b, r2.b + 12, salt);
+    for (int i = 0; i < 4; ++i) salt[i] = static_cast<unsigned char>(w >> (8 * i));
+    EXPECT_EQ(kt::to_hex(salt, 12), kt::to_hex(c.masks.data() + 38, 12));
 }
 
 TEST(CryptoProUpdate, KeepsKeyAndPasswordChangesEverythingRandom) {
