@@ -5,7 +5,7 @@
 
 #include "GOST_28147_89.h"
 #include "GOST_34_11_94.h"
-#include "containers/pkcs12_fields.h"
+#include "containers/pkcs12_writer.h"
 #include "encoding/bytes.h"
 #include "pkcs5.h"
 
@@ -81,20 +81,12 @@ KORVEX_API unsigned char pkcs12_create_conteiner(unsigned char* out, unsigned sh
                                                  type_uN<32>* private_key, unsigned char* aux40,
                                                  unsigned char* password, unsigned char password_len,
                                                  unsigned char* salt4, unsigned char* iv8) {
-    static constexpr unsigned char kHeader[23] = {
-        0x30, 0x82, 0x71,                                                  // PFX, 369
-        0x02, 0x01, 0x03,                                                  // version 3
-        0x30, 0x82, 0x28,                                                  // ContentInfo, 296
-        0x06, 0x09, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x07, 0x01,  // data
-        0x04, 0x82, 0x1A};                                                 // OCTET STRING, 282
-    static constexpr unsigned char kMacPrologue[25] = {
-        0x30, 0x41, 0x30, 0x35, 0x30, 0x11,
-        0x06, 0x06, 0x2A, 0x85, 0x03, 0x02, 0x02, 0x0A,                    // HMAC GOST R 34.11-94
-        0x06, 0x07, 0x2A, 0x85, 0x03, 0x02, 0x02, 0x1E, 0x00,              // 1.2.643.2.2.30.0
-        0x04, 0x20};
     unsigned char* p = out;
-    kx::copy(p, kHeader, sizeof kHeader);
-    p += sizeof kHeader;
+    put_header(p, 0x30, 369);             // PFX
+    put_small_int(p, 3);
+    put_header(p, 0x30, 296);             // ContentInfo
+    put_rsa_oid(p, 0x07, 0x01);           // data
+    put_header(p, 0x04, kAuthSafeLen);
     pkcs12_create_auth_safe_hdr(&p, iv8, salt4);
     pkcs12_create_safe_contents(&p, private_key, aux40);
 
@@ -103,19 +95,16 @@ KORVEX_API unsigned char pkcs12_create_conteiner(unsigned char* out, unsigned sh
     pkcs5_PBKDF2(password, password_len, salt4, kIterations, &key);
     ctr(out + kContent + 3, &key, iv8);
 
-    kx::copy(p, kMacPrologue, sizeof kMacPrologue);
-    p += sizeof kMacPrologue;
-    type_uN<32> mac;
-    GOST_34_11_94_HMAC(out + kAuthSafe, kAuthSafeLen, key.b, 32, &mac);
-    kx::copy(p, mac.b, 32);
+    put_header(p, 0x30, 65);              // MacData
+    put_header(p, 0x30, 53);              // DigestInfo
+    put_header(p, 0x30, 17);
+    put_cp_oid(p, 0x0A);                  // HMAC GOST R 34.11-94
+    put_cp_oid2(p, kSufHashParams);
+    put_header(p, 0x04, 32);
+    GOST_34_11_94_HMAC(out + kAuthSafe, kAuthSafeLen, key.b, 32, reinterpret_cast<type_uN<32>*>(p));
     p += 32;
-    *p++ = 0x04;
-    *p++ = 0x04;
-    kx::copy(p, salt4, 4);
-    p += 4;
-    *p++ = 0x02;
-    *p++ = pkcs12_ber_code(nullptr, kIterations);
-    pkcs12_ber_code(&p, kIterations);
+    put_octets(p, salt4, 4);
+    put_count(p, kIterations);
     kx::wipe_obj(key);
     return 0;
 }

@@ -33,6 +33,12 @@ constexpr unsigned char kCtrSelector = 2;
 constexpr unsigned char kStemCp[5] = {0x2A, 0x85, 0x03, 0x02, 0x02};
 constexpr unsigned char kStemRsa[7] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01};
 
+// Suffix pairs shared by several OIDs of the container.
+constexpr unsigned char kSufCipherParams[2] = {0x1F, 0x00};  // 1.2.643.2.2.31.0
+constexpr unsigned char kSufHashParams[2] = {0x1E, 0x00};    // 1.2.643.2.2.30.0
+constexpr unsigned char kSufCurveA[2] = {0x23, 0x01};        // 1.2.643.2.2.35.1
+constexpr unsigned char kSufBagTypes[2] = {0x0C, 0x03};      // 1.2.840.113549.1.12.3
+
 // Number of octets of the base-128 number at p (up to and including the
 // first octet with the high bit clear), reading no further than limit octets;
 // 0 when no terminating octet lies within the limit.

@@ -1,4 +1,5 @@
-// Writers of the fixed PKCS#12 layout and the two structure checks.
+// Structure checks of the PKCS#12 container: the fixed header and the
+// PBES2 AlgorithmIdentifier. Every step stays inside the container.
 #include "pkcs12.h"
 
 #include "containers/pkcs12_fields.h"
@@ -6,68 +7,6 @@
 
 namespace {
 using namespace kx::p12;
-
-// Suffix pairs shared by several OIDs of the container.
-constexpr unsigned char kSufCipherParams[2] = {0x1F, 0x00};  // 1.2.643.2.2.31.0
-constexpr unsigned char kSufHashParams[2] = {0x1E, 0x00};    // 1.2.643.2.2.30.0
-constexpr unsigned char kSufCurveA[2] = {0x23, 0x01};        // 1.2.643.2.2.35.1
-constexpr unsigned char kSufBagTypes[2] = {0x0C, 0x03};      // 1.2.840.113549.1.12.3
-
-// ---- writing ----
-
-void put(unsigned char*& p, unsigned char b) { *p++ = b; }
-
-void put_bytes(unsigned char*& p, const unsigned char* src, unsigned n) {
-    kx::copy(p, src, n);
-    p += n;
-}
-
-void put_header(unsigned char*& p, unsigned char tag, unsigned short len) {
-    put(p, tag);
-    pkcs12_ber_code(&p, len);
-}
-
-// 06 09 1.2.840.113549.1.a.b
-void put_rsa_oid(unsigned char*& p, unsigned char a, unsigned char b) {
-    put_header(p, 0x06, 9);
-    put_bytes(p, kStemRsa, sizeof kStemRsa);
-    put(p, a);
-    put(p, b);
-}
-
-// 06 06 1.2.643.2.2.a
-void put_cp_oid(unsigned char*& p, unsigned char a) {
-    put_header(p, 0x06, 6);
-    put_bytes(p, kStemCp, sizeof kStemCp);
-    put(p, a);
-}
-
-// 06 07 1.2.643.2.2.a.b
-void put_cp_oid2(unsigned char*& p, const unsigned char* suffix) {
-    put_header(p, 0x06, 7);
-    put_bytes(p, kStemCp, sizeof kStemCp);
-    put_bytes(p, suffix, 2);
-}
-
-// 06 0A 1.2.840.113549.1.12.3.n: the bag types of the early PKCS#12 drafts.
-void put_bag_oid(unsigned char*& p, unsigned char n) {
-    put_header(p, 0x06, 10);
-    put_bytes(p, kStemRsa, sizeof kStemRsa);
-    put_bytes(p, kSufBagTypes, 2);
-    put(p, n);
-}
-
-void put_octets(unsigned char*& p, const unsigned char* src, unsigned short n) {
-    put_header(p, 0x04, n);
-    put_bytes(p, src, n);
-}
-
-void put_small_int(unsigned char*& p, unsigned char v) {
-    put_header(p, 0x02, 1);
-    put(p, v);
-}
-
-// ---- checking ----
 
 // A forward reader over [p, end): every step is checked against end.
 struct Cursor {
@@ -135,60 +74,6 @@ unsigned char check_oid(Cursor& c, const unsigned char* stem, unsigned stem_len,
 }
 
 }  // namespace
-
-KORVEX_API unsigned char pkcs12_create_auth_safe_hdr(unsigned char** pp, unsigned char* iv8, unsigned char* salt4) {
-    unsigned char*& p = *pp;
-    put_header(p, 0x30, 279);             // AuthenticatedSafe
-    put_header(p, 0x30, 276);             // ContentInfo
-    put_rsa_oid(p, 0x07, 0x06);           // encryptedData
-    put_header(p, 0x30, 262);             // EncryptedData
-    put_small_int(p, 0);
-    put_header(p, 0x30, 256);             // EncryptedContentInfo
-    put_rsa_oid(p, 0x07, 0x01);           // data
-    put_header(p, 0x30, 88);              // contentEncryptionAlgorithm
-    put_rsa_oid(p, 0x05, 0x0D);           // PBES2
-    put_header(p, 0x30, 75);
-    put_header(p, 0x30, 42);              // keyDerivationFunc
-    put_rsa_oid(p, 0x05, 0x0C);           // PBKDF2
-    put_header(p, 0x30, 29);
-    put_octets(p, salt4, 4);
-    put_header(p, 0x02, pkcs12_ber_code(nullptr, kIterations));
-    pkcs12_ber_code(&p, kIterations);
-    put_header(p, 0x30, 17);              // prf
-    put_cp_oid(p, 0x0A);                  // HMAC GOST R 34.11-94
-    put_cp_oid2(p, kSufHashParams);
-    put_header(p, 0x30, 29);              // encryptionScheme
-    put_cp_oid(p, 0x15);                  // GOST 28147-89
-    put_header(p, 0x30, 19);
-    put_octets(p, iv8, 8);
-    put_cp_oid2(p, kSufCipherParams);
-    put(p, 0x04);                         // encryptedContent
-    return pkcs12_ber_code(&p, kPlainLen);
-}
-
-KORVEX_API void pkcs12_create_safe_contents(unsigned char** pp, type_uN<32>* private_key, unsigned char* aux40) {
-    unsigned char*& p = *pp;
-    put_header(p, 0x30, 144);             // SafeContents
-    put_header(p, 0x30, 81);              // key bag
-    put_bag_oid(p, 0x01);
-    put_header(p, 0x30, 67);              // PrivateKeyInfo
-    put_small_int(p, 0);
-    put_header(p, 0x30, 28);
-    put_cp_oid(p, 0x13);                  // GOST R 34.10-2001
-    put_header(p, 0x30, 18);
-    put_cp_oid2(p, kSufCurveA);
-    put_header(p, 0x06, 7);               // 1.2.643.2.2.30.1
-    put_bytes(p, kStemCp, sizeof kStemCp);
-    put(p, 0x1E);
-    put(p, 0x01);
-    put_octets(p, private_key->b, 32);
-    put_header(p, 0x30, 59);              // second bag
-    put_bag_oid(p, 0x05);
-    put_header(p, 0x30, 45);
-    put_small_int(p, 0);
-    put_octets(p, aux40, kAuxLen);
-    for (int i = 0; i < 5; ++i) put(p, 0x05);  // padding to 152 octets
-}
 
 KORVEX_API unsigned char pkcs12_check_header(unsigned char** pp) {
     static constexpr unsigned char kVersion3[3] = {0x02, 0x01, 0x03};
