@@ -63,15 +63,6 @@ INSTANTIATE_TEST_SUITE_P(Directions, Asn1Copy,
                                            CopyCase{"move", ASN1_mem_move, ref_descending}),
                          [](const auto& info) { return std::string(info.param.name); });
 
-TEST(Asn1Copy, SourceComesFirst) {
-    unsigned char a[4] = {1, 2, 3, 4}, b[4] = {0, 0, 0, 0};
-    ASN1_mem_copy(a, b, 4);
-    EXPECT_EQ(b[3], 4);
-    unsigned char c[4] = {9, 9, 9, 9};
-    ASN1_mem_move(a, c, 4);
-    EXPECT_EQ(c[0], 1);
-}
-
 TEST(Asn1Copy, ClosingAndOpeningAGap) {
     // The uses the two directions exist for: copy shifts down, move shifts up.
     Bytes buf = kt::from_hex("00 01 02 03 04 05 06 07 08 09");

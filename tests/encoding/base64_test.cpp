@@ -117,17 +117,4 @@ TEST(Base64Decode, InvalidCharactersDecodeAsFF) {
     EXPECT_EQ(kt::to_hex(out, 3), "0ff0ff");
 }
 
-TEST(Base64, RandomRoundTrip) {
-    kt::Rng rng(42);
-    for (unsigned int n = 1; n < 300; ++n) {
-        Bytes data = rng.bytes(n);
-        std::string text((n + 2) / 3 * 4, '\0');
-        unsigned int t = Base64_code_msg(data.data(), n, reinterpret_cast<unsigned char*>(&text[0]));
-        ASSERT_EQ(t, text.size());
-        Bytes back(t / 4 * 3);
-        ASSERT_EQ(Base64_decode_msg(reinterpret_cast<unsigned char*>(&text[0]), t, back.data()), n);
-        ASSERT_EQ(Bytes(back.begin(), back.begin() + n), data);
-    }
-}
-
 }  // namespace

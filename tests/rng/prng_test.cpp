@@ -114,15 +114,6 @@ TEST(PrngInit, ZeroSeedFails) {
     EXPECT_EQ(PRNG_get(&out), 1);
 }
 
-TEST(PrngInit, SeedIsTakenAsIs) {
-    // No hashing or whitening: the seed is the state before the test.
-    Bytes seed = kt::Rng(8).bytes(40);
-    kt::PrngModel m(seed.data());
-    kt::model_init(m);
-    ASSERT_EQ(PRNG_init(seed.data()), 0);
-    EXPECT_EQ(get_state(), Bytes(m.st, m.st + 40));
-}
-
 TEST(PrngInit, SeedFromTheStateItself) {
     // The source may be the state: the copy must not feed on itself.
     Bytes seed = kt::Rng(9).bytes(40);
