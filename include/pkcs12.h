@@ -40,7 +40,8 @@ KORVEX_API unsigned char pkcs12_conteiner_change_pass(unsigned char* old_passwor
                                                       unsigned char* new_password, unsigned char new_len,
                                                       unsigned char* container);
 
-// 0 when the stored MAC matches the password, 2 when not.
+// 0 when the stored MAC matches the password, 2 when not (5 when the MacData
+// salt or count element has a wrong tag).
 KORVEX_API unsigned char pkcs12_conteiner_check_MAC(unsigned char* password, unsigned char password_len,
                                                     unsigned char* container);
 
