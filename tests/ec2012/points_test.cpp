@@ -25,6 +25,7 @@ TEST(Points512, MultiplesOfTheBasePoints) {
         GOST_34_10_2012_mul_k_EP_test(&k, &c.x, &c.y, &x, &y, &c.a, &c.p);
         EXPECT_EQ(hex(x), r["x"]) << "set " << r["set"] << " k " << r["k"];
         EXPECT_EQ(hex(y), r["y"]);
+        if (r["k"] != hex(small(3))) continue;
         // A null Qy stores x only; a null Qx y only.
         U64 x2{}, y2{};
         GOST_34_10_2012_mul_k_EP_test(&k, &c.x, &c.y, &x2, nullptr, &c.a, &c.p);
