@@ -40,10 +40,14 @@ Bytes key_usage_ext(const Bytes& bits, bool critical = false) {
                           seq({oid("551D0F"), crit, tlv(0x04, tlv(0x03, bits))})}));
 }
 
-unsigned selector_of(const std::string& paramset) {
-    if (paramset.find("-A-") != std::string::npos || paramset.find("XchA") != std::string::npos) return 1;
-    if (paramset.find("-B-") != std::string::npos) return 2;
-    return 3;  // C and XchB
+// Selectors by the parameter-set names OpenSSL prints: the 2001 selector
+// and the 512-bit one.
+std::pair<unsigned, unsigned> selectors_of(const std::string& paramset) {
+    if (paramset.find("512 bit") != std::string::npos) return {0xFFFFFFFF, 1};  // TC26 paramSetA
+    if (paramset.find("256 bit") != std::string::npos) return {0xFFFFFFFF, 0xFFFFFFFF};  // TC26 256-bit sets
+    if (paramset.find("-A-") != std::string::npos || paramset.find("XchA") != std::string::npos) return {1, 0xFFFFFFFF};
+    if (paramset.find("-B-") != std::string::npos) return {2, 0xFFFFFFFF};
+    return {3, 0xFFFFFFFF};  // C and XchB
 }
 
 }  // namespace
@@ -56,9 +60,9 @@ TEST(X509Fixtures, PublicKeyParameterSetAndLength) {
         EXPECT_EQ(block[0], 0x30);
         unsigned char* key = x_509_get_open_key(c.der.data());
         ASSERT_NE(key, nullptr);
-        EXPECT_EQ(to_hex(key, 64), to_hex(c.key));
-        EXPECT_EQ(x_509_get_open_key_parametrs_ds(c.der.data()), selector_of(c.paramset));
-        EXPECT_EQ(x_509_get_open_key_parametrs_ds_512bit(c.der.data()), 0xFFFFFFFFu);
+        EXPECT_EQ(to_hex(key, c.key.size()), to_hex(c.key));  // 64 or 128 octets
+        EXPECT_EQ(x_509_get_open_key_parametrs_ds(c.der.data()), selectors_of(c.paramset).first);
+        EXPECT_EQ(x_509_get_open_key_parametrs_ds_512bit(c.der.data()), selectors_of(c.paramset).second);
         EXPECT_EQ(x_509_get_certificate_length(c.der.data()), c.der.size());
         EXPECT_EQ(x_509_get_block_length(c.der.data()) + 4, c.der.size());  // all fixtures use the 0x82 form
     }
@@ -94,6 +98,8 @@ TEST(X509Fixtures, KeyUsage) {
         {"leaf_c", 0x0C},    // keyEncipherment, dataEncipherment (critical)
         {"leaf_xa", 0x05},   // digitalSignature, keyEncipherment
         {"leaf_xb", 0x110},  // keyAgreement, decipherOnly
+        {"leaf_512a", 0x03},
+        {"leaf_tc26a", 0x03},
         {"v1_a", 0},         // no extensions in v1
     };
     for (CertFacts& c : fixture_certs()) {
@@ -141,6 +147,7 @@ TEST(X509Fixtures, NameShapes) {
         // Repeated attributes: the first commonName, the last emailAddress.
         {"leaf_xa", "RU", "Korvex", "", "", "", "First Name", "", "last@korvex.test"},
         {"leaf_xb", "RU", "", "", "", "", "Exchange XB", "", ""},
+        {"leaf_512a", "RU", "Korvex", "", "", "", "Long Key 512", "", ""},
         {"v1_a", "RU", "", "", "", "", "Version One", "", ""},
     };
     for (const Want& w : wants) {
