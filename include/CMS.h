@@ -35,18 +35,24 @@ struct cms_mime_type_t {
     unsigned int length;
 };
 
-// Signer block: [0] signed attributes (contentType and messageDigest first
-// among them, sorted), the 64-octet signature OCTET STRING, [1] unsigned
-// attributes. Either text may be null or empty. Returns the block size; with
-// a null out, a size bound for the output buffer. reserved and reservedFlag
-// are not used.
+// Signer block: [0] signed attributes (the fixed contentType and
+// messageDigest plus the text's, ordered by encoded size, equal sizes in the
+// order written), the 64-octet signature OCTET STRING, [1] unsigned
+// attributes in the order given. Either text may be null or empty; items that
+// are not "dotted.decimal.OID:Base64" are left out. Returns the block size;
+// with a null out, a size bound for the output buffer: the text lengths plus
+// 141 (66 without signed text), or the exact size when that is larger.
+// reserved and reservedFlag are not used.
 KORVEX_API unsigned int CMS_create_SignedAttr(unsigned char* signedText, unsigned int signedLen,
                                               unsigned char* unsignedText, unsigned int unsignedLen,
                                               unsigned char* reserved, unsigned char reservedFlag,
                                               unsigned char* out);
 
 // Output size bound of CMS_create_SignedAttr for a signed attribute text of n
-// characters and no unsigned text; 0 when the attributes would not fit.
+// characters and no unsigned text, taken from the text length alone; 0 when
+// the attributes would not fit. Items shorter than their DER (tiny OIDs and
+// values, e.g. "1.2.3:AAAA") can exceed it: CMS_create_SignedAttr with a null
+// output looks at the items and never answers less than the block needs.
 KORVEX_API unsigned int CMS_SignedAttr_buffer_len(unsigned int n);
 
 // Attribute SEQUENCEs of an '&'-joined text, one after another; returns the
