@@ -1,0 +1,190 @@
+// Damaged and truncated PKCS#15 containers, run under AddressSanitizer: every
+// container sits in a heap block of exactly its size, so any read or write
+// outside it is reported. Readers must answer 30 (or 32 where a MAC catches
+// the damage) and write the output only on success.
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "pkcs15/pkcs15_fixture.h"
+
+namespace kt {
+namespace {
+
+// A heap copy of exactly n octets.
+struct Exact {
+    std::unique_ptr<unsigned char[]> p;
+    size_t n;
+    explicit Exact(const Bytes& b, size_t len) : p(new unsigned char[len]), n(len) {
+        std::memcpy(p.get(), b.data(), std::min(len, b.size()));
+    }
+};
+
+// Every outcome of every reader on one damaged container, checked for the
+// codes each may give and for untouched outputs on failure.
+// The 2001 readers (2000 PBKDF2 iterations each) run only when asked.
+void run_all(const Bytes& damaged, const std::string& what, bool with2001 = false) {
+    Bytes pwd = password();
+    const unsigned char pl = (unsigned char)pwd.size();
+    if (with2001) {
+        Exact c(damaged, damaged.size());
+        type_uN<32> key;
+        std::memset(key.b, 0xCC, 32);
+        unsigned r = pkcs15_get_key(c.p.get(), &key, pwd.data(), pl);
+        EXPECT_TRUE(r == 0 || r == 30 || r == 32) << what << " get_key " << r;
+        if (r != 0) EXPECT_EQ(to_hex(key.b, 32), std::string(64, 'c')) << what;
+    }
+    if (with2001) {
+        Exact c(damaged, damaged.size());
+        Bytes rnd(40, 0xCC);
+        unsigned r = pkcs15_get_rnd_no_pass_chek(c.p.get(), rnd.data(), pwd.data(), pl);
+        EXPECT_TRUE(r == 0 || r == 30) << what << " get_rnd_no_pass_chek " << r;
+        if (r != 0) EXPECT_EQ(rnd, Bytes(40, 0xCC)) << what;
+    }
+    {
+        Exact c(damaged, damaged.size());
+        TSecretKey key;
+        std::memset(key.b, 0xCC, 64);
+        unsigned r = pkcs15_get_key_2012(c.p.get(), &key, pwd.data(), pl);
+        EXPECT_TRUE(r == 0 || r == 30) << what << " get_key_2012 " << r;
+        if (r != 0) EXPECT_EQ(to_hex(key.b, 64), std::string(128, '0')) << what;
+    }
+    {
+        Exact c(damaged, damaged.size());
+        Bytes rnd(40, 0xCC);
+        unsigned r = pkcs15_get_rnd_2012(c.p.get(), rnd.data(), pwd.data(), pl);
+        EXPECT_TRUE(r == 0 || r == 30) << what << " get_rnd_2012 " << r;
+        if (r != 0) EXPECT_EQ(rnd, Bytes(40, 0xCC)) << what;
+    }
+    {
+        Exact c(damaged, damaged.size());
+        unsigned r = pkcs15_update_2012(c.p.get(), pwd.data(), pl);
+        EXPECT_TRUE(r == 0 || (r >= 30 && r <= 32)) << what << " update_2012 " << r;
+        if (r != 0) EXPECT_EQ(0, std::memcmp(c.p.get(), damaged.data(), damaged.size())) << what;
+    }
+    {
+        Exact c(damaged, damaged.size());
+        pkcs15_get_version(c.p.get());
+        pkcs15_get_pkcs15content(c.p.get());
+    }
+}
+
+// Sets the outer length to cover exactly n octets (long form, 2 octets).
+Bytes truncated(const Bytes& c, size_t n) {
+    Bytes t(c.begin(), c.begin() + n);
+    t[1] = 0x82;
+    t[2] = (unsigned char)((n - 4) >> 8);
+    t[3] = (unsigned char)(n - 4);
+    return t;
+}
+
+// Header positions of all elements whose content is itself a run of elements.
+void headers(const Bytes& c, size_t at, size_t end, std::vector<size_t>& out) {
+    while (at < end) {
+        if (at + 2 > end || (c[at + 1] & 0x80 && at + 2 + (c[at + 1] & 0x7F) > end)) return;
+        Der d = der(c, at);
+        if (d.end() > end) return;
+        out.push_back(at);
+        if ((d.tag & 0x20) || d.tag == 0x04) headers(c, d.value(), d.end(), out);
+        at = d.end();
+    }
+}
+
+class Hostile : public ::testing::Test {
+   protected:
+    static void SetUpTestSuite() {
+        seed(23);
+        c786 = make_2001(0x80);
+        c787 = make_2001(0x40);
+        for (unsigned char kind : {1, 2}) {
+            // One PBKDF2 iteration keeps the many 2012 runs cheap; the
+            // readers honour the stored count.
+            Bytes c = make_2012(kind, 0x40);
+            size_t count = pkcs15_get_pkcs15content(c.data()) - c.data() + 29 + 32;
+            c[count + 2] = 0, c[count + 3] = 1;
+            c2012.push_back(c);
+        }
+    }
+    static Bytes c786, c787;
+    static std::vector<Bytes> c2012;
+};
+Bytes Hostile::c786, Hostile::c787;
+std::vector<Bytes> Hostile::c2012;
+
+TEST_F(Hostile, Truncated2001) {
+    Bytes pwd = password();
+    for (const Bytes* base : {&c786, &c787}) {
+        for (size_t n : {6u, 40u, 149u, 210u, 300u, 453u, 454u, 600u, 673u, 674u, 700u, 785u}) {
+            Bytes t = truncated(*base, n);
+            Exact c(t, n);
+            type_uN<32> key;
+            std::memset(key.b, 0xCC, 32);
+            // Cut short, a 787-octet container is read at the 786 offsets
+            // (s = 0): its key MAC no longer matches.
+            unsigned want = n < 674 ? 30 : 0;
+            unsigned got = pkcs15_get_key(c.p.get(), &key, pwd.data(), 11);
+            EXPECT_EQ(got, n < 674 ? 30u : base == &c787 ? 32u : 0u) << n;
+            if (got) EXPECT_EQ(to_hex(key.b, 32), std::string(64, 'c'));
+            EXPECT_EQ(pkcs15_get_key_no_pass_chek(c.p.get(), n < 674 ? &key : nullptr, pwd.data(), 11), want) << n;
+            Bytes rnd(40);
+            EXPECT_EQ(pkcs15_get_rnd(c.p.get(), rnd.data(), pwd.data(), 11), n < 454 ? 30u : 0u) << n;
+            EXPECT_EQ(pkcs15_update(c.p.get(), pwd.data(), 11), 30u) << n;
+        }
+    }
+}
+
+TEST_F(Hostile, OuterHeader2001) {
+    Bytes pwd = password();
+    // Indefinite, over-long and oversized length forms, a wrong first tag or
+    // first child: all rejected without reading on.
+    const char* heads[] = {"3080", "3085", "30FF", "3084FFFFFFFF", "3100", "3000"};
+    for (const char* h : heads) {
+        Bytes c = c786;
+        Bytes hb = from_hex(h);
+        std::copy(hb.begin(), hb.end(), c.begin());
+        Exact e(c, c.size());
+        type_uN<32> key;
+        EXPECT_EQ(pkcs15_get_key(e.p.get(), &key, pwd.data(), 11), 30u) << h;
+        EXPECT_EQ(pkcs15_get_rnd(e.p.get(), key.b, pwd.data(), 11), 30u) << h;
+        EXPECT_EQ(pkcs15_update(e.p.get(), pwd.data(), 11), 30u) << h;
+    }
+    Bytes c = c786;
+    c[4] = 0x30;  // first child no longer an INTEGER
+    run_all(c, "first child", true);
+}
+
+TEST_F(Hostile, Truncated2012) {
+    for (const Bytes& base : c2012) {
+        for (size_t n = 6; n < base.size(); n += 23) run_all(truncated(base, n), "truncated to " + std::to_string(n));
+        run_all(truncated(base, base.size() - 1), "one octet short");
+    }
+}
+
+TEST_F(Hostile, DamagedLengths2012) {
+    for (const Bytes& base : c2012) {
+        std::vector<size_t> hs;
+        headers(base, 0, base.size(), hs);
+        ASSERT_GT(hs.size(), 60u);
+        for (size_t h : hs)
+            for (unsigned char v : {0x00, 0x01, 0x7F, 0x80, 0x82, 0x84, 0x85, 0xFF}) {
+                Bytes c = base;
+                c[h + 1] = v;
+                run_all(c, "length at " + std::to_string(h) + " = " + std::to_string(v));
+            }
+    }
+}
+
+TEST_F(Hostile, RandomDamage) {
+    Rng rng(99);
+    std::vector<const Bytes*> all = {&c786, &c787};
+    for (auto& c : c2012) all.push_back(&c);
+    for (int i = 0; i < 120; ++i) {
+        const Bytes& base = *all[i % all.size()];
+        Bytes c = base;
+        for (int k = 0; k < 3; ++k) c[rng.below((unsigned)c.size())] = (unsigned char)rng.next();
+        run_all(c, "random damage " + std::to_string(i), i % all.size() < 2);
+    }
+}
+
+}  // namespace
+}  // namespace kt
