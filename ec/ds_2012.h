@@ -104,6 +104,7 @@ inline unsigned char sign(const void* hash, const void* d, unsigned char* sig, c
     wipe(kbuf, sizeof kbuf);
     wipe_obj(k);
     wipe_obj(D);
+    wipe_obj(t);  // r * d gives d away
     if (rc == 0) rotate(sig);
     return rc;
 }

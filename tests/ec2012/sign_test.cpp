@@ -241,6 +241,23 @@ TEST(Sign512, GeneratorFailureReturnsOne) {
     EXPECT_EQ(hex(sig), hex(U128{}));  // zeros, nothing drawn
 }
 
+TEST(Sign512, KeyIsTwoGeneratorDrawsLowHalfFirst) {
+    GeneratorState keep;
+    seed(31);
+    type_uN<32> lo, hi;
+    ASSERT_EQ(PRNG_get(&lo), 0);
+    ASSERT_EQ(PRNG_get(&hi), 0);
+    seed(31);
+    U64 d;
+    U128 Q;
+    ASSERT_EQ(GOST_34_10_2012_512_gen_key_pair(&d, &Q, 1), 0);
+    // d = (hi || lo) with one conditional subtraction of q.
+    U64 qa = curve(1).q, raw;
+    for (int i = 0; i < 32; ++i) raw.b[i] = lo.b[i], raw.b[32 + i] = hi.b[i];
+    GOST_34_10_2012_mod_p_512_bit(&raw, &qa);
+    EXPECT_EQ(hex(d), hex(raw));
+}
+
 TEST(Sign512, ExampleCurveKeysKeepTheSingleSubtraction) {
     // The example q is about 0.27 * 2^512: one conditional subtraction leaves
     // d >= q about half of the time, and d is used as it is.

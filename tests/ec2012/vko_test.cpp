@@ -1,5 +1,16 @@
 // VKO_512 against OpenSSL's derives and an independent derivation
-// (tests/vectors/ec2012/vko.txt; generate.sh says what OpenSSL computes).
+// (tests/vectors/ec2012/vko.txt).
+//
+// What `openssl pkeyutl -engine gost -derive` computes on gost2012_512 keys,
+// found by trying it against python3 point arithmetic:
+//  - with an 8-byte UKM (read little-endian): 32 bytes, GOST R 34.11-2012
+//    256-bit hash of K.x || K.y (little-endian) - the RFC 7836 VKO with the
+//    256-bit hash, so only the point K is comparable with VKO_512;
+//  - with a 32-byte UKM: 64 bytes, the 512-bit hash of K.x || K.y with the
+//    first 16 UKM bytes read big-endian as the multiplier (RFC 9189 KEG):
+//    VKO_512 itself, given that 128-bit value as its (little-endian) ukm;
+//  - no UKM, or another width: refused. No 512-bit UKM can be given to it,
+//    so the full-width case is checked against an independent derivation.
 #include "GOST_34_11_2012.h"
 #include "ec2012_util.h"
 
