@@ -12,7 +12,7 @@ namespace kx {
 namespace pki {
 namespace {
 
-enum : unsigned int { kSigned = 0, kFormatError = 2 };
+enum : unsigned int { kFormatError = 2 };
 enum : unsigned int { kNoKey = 3, kNoData = 4, kValid = 5, kInvalid = 6 };
 
 // Signing is always on CryptoPro-A, whatever the certificate says.
