@@ -174,6 +174,39 @@ TEST_F(Hostile, DamagedLengths2012) {
     }
 }
 
+// With the real iteration count, so that update_2012 gets past the password
+// check into the digest, HMAC and rewrite paths.
+TEST_F(Hostile, Update2012PastThePasswordCheck) {
+    seed(29);
+    Bytes pwd = password();
+    for (unsigned char kind : {1, 2}) {
+        Bytes good = make_2012(kind, 0x80);
+        AdParts p = ad_parts(good);
+        {
+            Exact c(good, good.size());
+            EXPECT_EQ(pkcs15_update_2012(c.p.get(), pwd.data(), 11), 0u);
+            TSecretKey key;
+            EXPECT_EQ(pkcs15_get_key_2012(c.p.get(), &key, pwd.data(), 11), 0u);
+        }
+        Rng rng(kind);
+        for (int i = 0; i < 12; ++i) {
+            Bytes c = good;
+            size_t at = p.content_os.value() + rng.below((unsigned)(good.size() - p.content_os.value()));
+            c[at] ^= (unsigned char)(1 + rng.below(255));
+            Exact e(c, c.size());
+            unsigned r = pkcs15_update_2012(e.p.get(), pwd.data(), 11);
+            EXPECT_TRUE(r == 30 || r == 31) << at << " " << r;
+            EXPECT_EQ(0, std::memcmp(e.p.get(), c.data(), c.size()));
+        }
+    }
+    {
+        Exact c(c786, c786.size());
+        EXPECT_EQ(pkcs15_update(c.p.get(), pwd.data(), 11), 0u);
+        Exact d(c787, c787.size());
+        EXPECT_EQ(pkcs15_update(d.p.get(), pwd.data(), 11), 0u);
+    }
+}
+
 TEST_F(Hostile, RandomDamage) {
     Rng rng(99);
     std::vector<const Bytes*> all = {&c786, &c787};
