@@ -44,22 +44,30 @@ __attribute__((always_inline)) inline V f(V s, const V* w) {
     return (y << 11) | (y >> 21);
 }
 
-// Subkey order of the cycles, as in the scalar core: 32-Z is K0..K7 three
-// times then K7..K0, 32-R is K0..K7 then K7..K0 three times.
-template <class V>
-__attribute__((always_inline)) inline void rounds32(V& a, V& b, const V* k, const V* w, bool decrypt) {
-    for (int r = 0; r < 32; r += 2) {
-        const bool up = decrypt ? r < 8 : r < 24;
-        const int i0 = up ? r & 7 : 7 - (r & 7), i1 = up ? (r + 1) & 7 : 6 - (r & 7);
-        b ^= f<V>(a + k[i0], w);
-        a ^= f<V>(b + k[i1], w);
+// Eight rounds with K0..K7 (up) or K7..K0 (down), the halves trading roles
+// from round to round as in the scalar core.
+template <class V, bool Up>
+__attribute__((always_inline)) inline void eight(V& a, V& b, const V* k, const V* w) {
+    for (int i = 0; i < 8; i += 2) {
+        b ^= f<V>(a + k[Up ? i : 7 - i], w);
+        a ^= f<V>(b + k[Up ? i + 1 : 6 - i], w);
     }
+}
+
+// 32-Z is K0..K7 three times then K7..K0; 32-R is K0..K7 then K7..K0 three
+// times.
+template <class V, bool Decrypt>
+__attribute__((always_inline)) inline void rounds32(V& a, V& b, const V* k, const V* w) {
+    eight<V, true>(a, b, k, w);
+    eight<V, !Decrypt>(a, b, k, w);
+    eight<V, !Decrypt>(a, b, k, w);
+    eight<V, false>(a, b, k, w);
 }
 
 // Blocks <-> lanes: a holds the N1 halves, b the N2 halves; the cycles end by
 // exchanging the halves, so b goes back to the low words.
-template <class V, int L>
-__attribute__((always_inline)) inline void cycle(uint64_t* blocks, const V* k, const V* w, bool decrypt) {
+template <class V, int L, bool Decrypt>
+__attribute__((always_inline)) inline void cycle(uint64_t* blocks, const V* k, const V* w) {
     typedef typename Mask<L>::T M;
     V u0, u1;
     __builtin_memcpy(&u0, blocks, sizeof u0);
@@ -72,7 +80,7 @@ __attribute__((always_inline)) inline void cycle(uint64_t* blocks, const V* k, c
         hi[i] = (i & 1 ? L : 0) + L / 2 + i / 2;
     }
     V a = __builtin_shuffle(u0, u1, even), b = __builtin_shuffle(u0, u1, odd);
-    rounds32<V>(a, b, k, w, decrypt);
+    rounds32<V, Decrypt>(a, b, k, w);
     u0 = __builtin_shuffle(b, a, lo);
     u1 = __builtin_shuffle(b, a, hi);
     __builtin_memcpy(blocks, &u0, sizeof u0);
@@ -85,7 +93,8 @@ __attribute__((always_inline)) inline void one_key(uint64_t* blocks, const Gost8
     V k[8], w[15];
     for (int i = 0; i < 8; ++i) k[i] = V{} + key.k[i];
     for (int m = 0; m < 15; ++m) __builtin_memcpy(&w[m], t.w[m], sizeof(V));
-    cycle<V, L>(blocks, k, w, decrypt);
+    if (decrypt) cycle<V, L, true>(blocks, k, w);
+    else cycle<V, L, false>(blocks, k, w);
     wipe(k, sizeof k);
 }
 
@@ -120,9 +129,16 @@ bool have_avx2() {
 }
 
 void many(uint64_t* blocks, size_t n, const Gost89Key& k, const Gost89TableWide& t, bool decrypt) {
+    const bool avx2 = have_avx2();
+    if (n == kGost89Lanes) {
+        if (avx2) many_avx2(blocks, k, t, decrypt);
+        else many_sse2(blocks, k, t, decrypt);
+        return;
+    }
+    // A short group runs in a zero-filled full one.
     uint64_t b[kGost89Lanes] = {};
     copy(b, blocks, 8 * n);
-    if (have_avx2()) many_avx2(b, k, t, decrypt);
+    if (avx2) many_avx2(b, k, t, decrypt);
     else if (n <= 4) one_key<V4, 4>(b, k, t, decrypt);
     else many_sse2(b, k, t, decrypt);
     copy(blocks, b, 8 * n);
@@ -143,7 +159,7 @@ void gost89_encrypt_x4(uint64_t blocks[4], const Gost89Key4& key, const Gost89Ta
     V4 k[8], w[15];
     for (int i = 0; i < 8; ++i) __builtin_memcpy(&k[i], key.k[i], sizeof(V4));
     for (int m = 0; m < 15; ++m) __builtin_memcpy(&w[m], t.w[m], sizeof(V4));
-    cycle<V4, 4>(blocks, k, w, false);
+    cycle<V4, 4, false>(blocks, k, w);
     wipe(k, sizeof k);
 }
 
