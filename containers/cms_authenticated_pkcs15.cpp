@@ -99,7 +99,7 @@ unsigned authdata(const Generation& g, uint8_t* content, unsigned len, type_uN<3
     move(moved, content, len);
     put_header(out, 0x30, inner);
     copy(prefix, g.recipient, g.recipient_len);
-    prefix[kAdPrefixVersion - 1] = 0;  // AuthenticatedData version 0
+    prefix[2] = 0;  // AuthenticatedData version 0 where the envelope template has 2
     copy(prefix + g.recipient_len, g.ad_algs, g.ad_algs_len);
     copy(suffix, g.ad_suffix, g.ad_suffix_len);
     AuthData ad = {prefix + g.ukm_at,

@@ -42,7 +42,7 @@ struct Generation {
 extern const Generation g2001;
 extern const Generation g2012;
 
-constexpr unsigned kAdPrefixVersion = 3;  // 02 01 00 in front of the recipient SET
+// Version 0, the recipient SET, macAlgorithm, digestAlgorithm.
 inline unsigned ad_prefix_len(const Generation& g) { return g.recipient_len + g.ad_algs_len; }
 
 // Content-type element of the PKCS#15 token (1.2.840.113549.1.15.3.1).
