@@ -1,7 +1,8 @@
 // Sample containers of tests/vectors/pkcs15 (generate.sh): OpenSSL walked
-// them completely with asn1parse, derived their KEK with its PBKDF2 and
-// digested their token; the library must rebuild them octet for octet from
-// the same seed and agree with those peer values.
+// them completely with asn1parse, derived their KEK with its PBKDF2, digested
+// their token, opened key and random value and checked the HMAC; the library
+// must rebuild them octet for octet from the same seed and agree with those
+// peer values.
 #include <gtest/gtest.h>
 
 #include "pkcs15/pkcs15_fixture.h"
@@ -78,6 +79,18 @@ TEST_P(Samples, AgreesWithPeerKekAndDigest) {
     EXPECT_TRUE(a.digest);
     EXPECT_TRUE(a.hmac_82);
     EXPECT_FALSE(a.hmac_a2);
+}
+
+// OpenSSL alone opened both objects and checked the AuthenticatedData MAC
+// (with the attributes' first octet as 0x82).
+TEST_P(Samples, OpenedByOpenSSL) {
+    const Record& r = GetParam();
+    EXPECT_EQ(r.at("peer_key"), r.at("key"));
+    EXPECT_EQ(r.at("peer_rnd"), r.at("rnd"));
+    Bytes c = from_hex(r.at("container"));
+    AdParts ad = ad_parts(c);
+    EXPECT_EQ(to_hex(&c[ad.mac.value()], ad.mac.len), r.at("stored_mac"));
+    EXPECT_EQ(r.at("peer_hmac_82"), r.at("stored_mac"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, Samples, ::testing::ValuesIn(samples()),

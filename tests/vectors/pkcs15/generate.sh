@@ -7,9 +7,10 @@
 #   - the KEK computed by OpenSSL's PBKDF2 (gostprov provider) from the
 #     password and the first four salt octets (the container's own rule);
 #   - the GOST R 34.11-94 / 34.11-2012-512 digest of the encapsulated token;
-#   - the HMAC of the authenticated attributes under the MAC key, taken with
-#     the first octet 0x82 (as the library seals them) and as stored (0xA2).
-# The MAC key itself is unwrapped by the test, not here.
+#   - the key and the random value opened by OpenSSL alone: CEK unwrapped
+#     by GOST 28147-89 ECB under that KEK, content decrypted in CFB;
+#   - the HMAC of the authenticated attributes, with their first octet taken
+#     as 0x82, under the MAC key unwrapped the same way.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 root=$(cd "$here/../../.." && pwd)
@@ -43,6 +44,42 @@ def children(b, at):
 def ossl(args, data=None):
     r = subprocess.run(['openssl'] + args, input=data, capture_output=True)
     return r.returncode, r.stdout.decode(errors='replace'), r.stderr.decode(errors='replace')
+
+def value(b, at):
+    _, v, l = der(b, at)
+    return b[v:v + l]
+
+PARAMS = {False: 'id-Gost28147-89-CryptoPro-A-ParamSet', True: 'id-tc26-gost-28147-param-Z'}
+
+def cipher(args, data, g2012):
+    # GOST 28147-89 through the gostprov provider, parameter set by CRYPT_PARAMS.
+    env = dict(os.environ, CRYPT_PARAMS=PARAMS[g2012])
+    r = subprocess.run(['openssl', args[0], '-provider', 'gostprov', '-provider', 'default'] + args[1:],
+                       input=data, capture_output=True, env=env, check=True)
+    return r.stdout
+
+def ecb_decrypt(key, data, g2012):
+    # ECB block by block as one-block CBC with a zero IV.
+    return b''.join(cipher(['enc', '-d', '-gost89-cbc', '-K', key.hex(), '-iv', '00' * 8, '-nopad'],
+                           data[i:i + 8], g2012) for i in range(0, len(data), 8))
+
+def recipient(b, set_at):
+    # SET { [2] { 4, kekid, alg { OID, params { OID, UKM } }, OCTET STRING { SEQ { enc, mac } } } }
+    kekri = children(b, children(b, set_at)[0])
+    ukm = value(b, children(b, children(b, kekri[2])[1])[1])
+    enc, mac = children(b, children(b, kekri[3])[0])
+    return ukm, value(b, enc), value(b, mac)
+
+def open_object(b, a2_at, kek, g2012):
+    # A2 { version 2, recipient SET, encrypted content info { id-data, alg { OID, { IV, set } }, [0] } }
+    version, rset, info = children(b, a2_at)
+    ukm, enc, mac = recipient(b, rset)
+    cek = ecb_decrypt(kek, enc, g2012)
+    _, alg, content = children(b, info)
+    iv = value(b, children(b, children(b, alg)[1])[0])
+    plain = cipher(['enc', '-d', '-gost89', '-K', cek.hex(), '-iv', iv.hex(), '-nopad'], value(b, content), g2012)
+    _, v, l = der(plain, 0)
+    return plain[v:v + l]
 
 recs = [dict(l.split(' = ', 1) for l in block.splitlines()) for block in open(os.path.join(tmp, 'records.txt')).read().strip().split('\n\n')]
 out = ['# Sample PKCS#15 containers with peer results; written by generate.sh.', '']
@@ -84,12 +121,27 @@ for r in recs:
     kek = kek.strip().replace(':', '').lower()
     rc3, dg, e3 = ossl(['dgst'] + prov + ['-' + md, '-r'], token)
     dg = dg.split()[0]
+    # Open both objects and check the AuthenticatedData MAC with OpenSSL alone.
+    kek_b = bytes.fromhex(kek)
+    objects = children(b, tok[2])
+    rnd_a1 = children(b, children(b, children(b, objects[0])[0])[0])[-1]
+    key_a1 = children(b, children(b, children(b, objects[1])[0])[0])[-1]
+    peer_rnd = open_object(b, children(b, rnd_a1)[0], kek_b, g2012)
+    peer_key = open_object(b, children(b, key_a1)[0], kek_b, g2012)
+    ukm, enc, mac = recipient(b, top[1])
+    mac_key = ecb_decrypt(kek_b, enc, g2012)
+    sealed = bytes([0x82]) + attrs[1:]
+    rc4, hm, e4 = ossl(['dgst'] + prov + ['-' + md, '-mac', 'hmac', '-macopt', 'hexkey:' + mac_key.hex(), '-r'], sealed)
     rec = dict(r)
+    rec.update({'peer_key': peer_key.hex(), 'peer_rnd': peer_rnd.hex(), 'peer_hmac_82': hm.split()[0],
+                'stored_mac': value(b, top[6]).hex()})
     rec.update({'container': b.hex(), 'asn1parse': 'complete' if complete else 'FAILED',
                 'peer_kek': kek, 'peer_digest': dg, 'attrs': attrs.hex()})
-    for k in ['name', 'function', 'usage', 'kind', 'seed', 'password', 'key', 'rnd', 'asn1parse', 'peer_kek', 'peer_digest', 'attrs', 'container']:
+    for k in ['name', 'function', 'usage', 'kind', 'seed', 'password', 'key', 'rnd', 'asn1parse', 'peer_kek',
+              'peer_digest', 'peer_key', 'peer_rnd', 'peer_hmac_82', 'stored_mac', 'attrs', 'container']:
         out.append('%s = %s' % (k, rec[k]))
     out.append('')
-    print(name, len(b), 'octets, asn1parse', rec['asn1parse'], file=sys.stderr)
+    print(name, len(b), 'octets, asn1parse', rec['asn1parse'], '| peer opens key', rec['peer_key'] == r['key'],
+          'rnd', rec['peer_rnd'] == r['rnd'], '| peer HMAC (0x82)', rec['peer_hmac_82'] == rec['stored_mac'], file=sys.stderr)
 open(os.path.join(here, 'samples.txt'), 'w').write('\n'.join(out))
 PY
