@@ -113,6 +113,10 @@ __attribute__((target("avx2"))) void many_avx2(uint64_t* blocks, const Gost89Key
 std::atomic<int> g_avx2{0};
 
 bool have_avx2() {
+#ifdef KORVEX_GOST89_NO_AVX2
+    // Test builds that exercise the SSE2 path on machines with AVX2.
+    return false;
+#endif
     int s = g_avx2.load(std::memory_order_relaxed);
     if (s == 0) {
         unsigned a, b, c, d;
