@@ -87,6 +87,8 @@ KORVEX_API unsigned int pkcs15_get_rnd_no_pass_chek(unsigned char* container, un
 KORVEX_API unsigned int pkcs15_update(unsigned char* container, unsigned char* password, unsigned char passwordLen);
 
 // ---- Getters (both generations) -------------------------------------------
+// Each walk stays inside the element it is given, whose extent is taken from
+// its own header: the buffer must hold that whole element.
 
 // The token's first element after its version INTEGER, or null.
 KORVEX_API unsigned char* pkcs15_get_pkcs15content(unsigned char* container);
