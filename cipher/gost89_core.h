@@ -63,73 +63,71 @@ inline uint64_t gost89_block_or_zero(const void* p) { return p ? load64(p) : 0; 
 
 // f(s): all eight S-boxes evaluated from the ANF by masks, then the 11-bit
 // rotation. No memory access depends on s, and no branch: the timing is the
-// same for every key and data.
-__attribute__((always_inline)) inline uint32_t gost89_f(uint32_t s, const uint32_t* w) {
+// same for every key and data. V is uint32_t for one block, or a GCC vector
+// of 32-bit lanes for several blocks at once (gost89_lanes.cpp).
+template <class V>
+__attribute__((always_inline)) inline V gost89_f_lanes(V s, const V* w) {
     // Bit j of every nibble, spread over its nibble (0x1 -> 0xF, 0x0 -> 0x0);
     // the addition never carries out of a nibble.
-    const uint32_t x0 = ((s & 0x11111111u) + 0x77777777u) ^ 0x77777777u;
-    const uint32_t x1 = (((s >> 1) & 0x11111111u) + 0x77777777u) ^ 0x77777777u;
-    const uint32_t x2 = (((s >> 2) & 0x11111111u) + 0x77777777u) ^ 0x77777777u;
-    const uint32_t x3 = (((s >> 3) & 0x11111111u) + 0x77777777u) ^ 0x77777777u;
-    const uint32_t x01 = x0 & x1;
-    const uint32_t c0 = w[0] ^ (x0 & w[1]) ^ (x1 & w[2]) ^ (x01 & w[3]);
-    const uint32_t c2 = w[4] ^ (x0 & w[5]) ^ (x1 & w[6]) ^ (x01 & w[7]);
-    const uint32_t c3 = w[8] ^ (x0 & w[9]) ^ (x1 & w[10]) ^ (x01 & w[11]);
-    const uint32_t c23 = w[12] ^ (x0 & w[13]) ^ (x1 & w[14]);
-    const uint32_t y = c0 ^ (x2 & (c2 ^ (x3 & c23))) ^ (x3 & c3);
+    const V x0 = ((s & 0x11111111u) + 0x77777777u) ^ 0x77777777u;
+    const V x1 = (((s >> 1) & 0x11111111u) + 0x77777777u) ^ 0x77777777u;
+    const V x2 = (((s >> 2) & 0x11111111u) + 0x77777777u) ^ 0x77777777u;
+    const V x3 = (((s >> 3) & 0x11111111u) + 0x77777777u) ^ 0x77777777u;
+    const V x01 = x0 & x1;
+    const V c0 = w[0] ^ (x0 & w[1]) ^ (x1 & w[2]) ^ (x01 & w[3]);
+    const V c2 = w[4] ^ (x0 & w[5]) ^ (x1 & w[6]) ^ (x01 & w[7]);
+    const V c3 = w[8] ^ (x0 & w[9]) ^ (x1 & w[10]) ^ (x01 & w[11]);
+    const V c23 = w[12] ^ (x0 & w[13]) ^ (x1 & w[14]);
+    const V y = c0 ^ (x2 & (c2 ^ (x3 & c23))) ^ (x3 & c3);
     return (y << 11) | (y >> 21);
+}
+
+__attribute__((always_inline)) inline uint32_t gost89_f(uint32_t s, const uint32_t* w) {
+    return gost89_f_lanes<uint32_t>(s, w);
 }
 
 // The halves live in a (N1) and b (N2). One round computes
 // N1' = f(N1 + K) ^ N2, N2' = N1; writing the result over N2 and swapping the
-// roles of a and b from round to round avoids moving the halves.
-__attribute__((always_inline)) inline void gost89_8_up(uint32_t& a, uint32_t& b, const Gost89Key& k, const uint32_t* w) {
-    b ^= gost89_f(a + k.k[0], w);
-    a ^= gost89_f(b + k.k[1], w);
-    b ^= gost89_f(a + k.k[2], w);
-    a ^= gost89_f(b + k.k[3], w);
-    b ^= gost89_f(a + k.k[4], w);
-    a ^= gost89_f(b + k.k[5], w);
-    b ^= gost89_f(a + k.k[6], w);
-    a ^= gost89_f(b + k.k[7], w);
+// roles of a and b from round to round avoids moving the halves. Eight
+// rounds take K0..K7 (Up) or K7..K0.
+template <class V, bool Up>
+__attribute__((always_inline)) inline void gost89_eight(V& a, V& b, const V* k, const V* w) {
+    for (int i = 0; i < 8; i += 2) {
+        b ^= gost89_f_lanes<V>(a + k[Up ? i : 7 - i], w);
+        a ^= gost89_f_lanes<V>(b + k[Up ? i + 1 : 6 - i], w);
+    }
 }
 
-__attribute__((always_inline)) inline void gost89_8_down(uint32_t& a, uint32_t& b, const Gost89Key& k, const uint32_t* w) {
-    b ^= gost89_f(a + k.k[7], w);
-    a ^= gost89_f(b + k.k[6], w);
-    b ^= gost89_f(a + k.k[5], w);
-    a ^= gost89_f(b + k.k[4], w);
-    b ^= gost89_f(a + k.k[3], w);
-    a ^= gost89_f(b + k.k[2], w);
-    b ^= gost89_f(a + k.k[1], w);
-    a ^= gost89_f(b + k.k[0], w);
+// 32-Z: K0..K7 three times, K7..K0 once; 32-R: K0..K7 once, K7..K0 three
+// times. The caller exchanges the halves afterwards.
+template <class V, bool Decrypt>
+__attribute__((always_inline)) inline void gost89_rounds32(V& a, V& b, const V* k, const V* w) {
+    gost89_eight<V, true>(a, b, k, w);
+    gost89_eight<V, !Decrypt>(a, b, k, w);
+    gost89_eight<V, !Decrypt>(a, b, k, w);
+    gost89_eight<V, false>(a, b, k, w);
 }
 
-// 32-Z: K0..K7 three times, K7..K0 once, then the halves are exchanged.
+template <bool Decrypt>
+__attribute__((always_inline)) inline uint64_t gost89_cycle32(uint64_t block, const Gost89Key& k, const Gost89Table& t) {
+    uint32_t a = static_cast<uint32_t>(block), b = static_cast<uint32_t>(block >> 32);
+    gost89_rounds32<uint32_t, Decrypt>(a, b, k.k, t.w);
+    return static_cast<uint64_t>(a) << 32 | b;  // halves exchanged
+}
+
 inline uint64_t gost89_encrypt(uint64_t block, const Gost89Key& k, const Gost89Table& t) {
-    uint32_t a = static_cast<uint32_t>(block), b = static_cast<uint32_t>(block >> 32);
-    gost89_8_up(a, b, k, t.w);
-    gost89_8_up(a, b, k, t.w);
-    gost89_8_up(a, b, k, t.w);
-    gost89_8_down(a, b, k, t.w);
-    return static_cast<uint64_t>(a) << 32 | b;
+    return gost89_cycle32<false>(block, k, t);
 }
 
-// 32-R: K0..K7 once, K7..K0 three times, then the halves are exchanged.
 inline uint64_t gost89_decrypt(uint64_t block, const Gost89Key& k, const Gost89Table& t) {
-    uint32_t a = static_cast<uint32_t>(block), b = static_cast<uint32_t>(block >> 32);
-    gost89_8_up(a, b, k, t.w);
-    gost89_8_down(a, b, k, t.w);
-    gost89_8_down(a, b, k, t.w);
-    gost89_8_down(a, b, k, t.w);
-    return static_cast<uint64_t>(a) << 32 | b;
+    return gost89_cycle32<true>(block, k, t);
 }
 
 // 16-Z of the MAC: K0..K7 twice, halves not exchanged.
 inline uint64_t gost89_mac16(uint64_t block, const Gost89Key& k, const Gost89Table& t) {
     uint32_t a = static_cast<uint32_t>(block), b = static_cast<uint32_t>(block >> 32);
-    gost89_8_up(a, b, k, t.w);
-    gost89_8_up(a, b, k, t.w);
+    gost89_eight<uint32_t, true>(a, b, k.k, t.w);
+    gost89_eight<uint32_t, true>(a, b, k.k, t.w);
     return static_cast<uint64_t>(b) << 32 | a;
 }
 

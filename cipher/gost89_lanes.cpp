@@ -1,17 +1,18 @@
 // GOST 28147-89 cycles on several blocks at once, one block per 32-bit lane
-// of a vector register. The round is the scalar core's bit-sliced ANF
-// evaluation written once over GCC vector types, so the same template gives
-// the SSE2 four-lane form (every x86-64) and the AVX2 eight-lane form, which
-// runs only where the processor and the system support it.
+// of a vector register. The rounds are the core's templates (gost89_core.h)
+// instantiated over GCC vector types: the SSE2 four-lane form (every x86-64)
+// and the AVX2 eight-lane form, which runs only where the processor and the
+// system support it.
+
+// The eight-lane helpers pass 32-byte vectors between functions that are
+// always inlined into the AVX2 kernel, so the ABI note does not apply.
+#pragma GCC diagnostic ignored "-Wpsabi"
+
 #include <cpuid.h>
 
 #include <atomic>
 
 #include "cipher/gost89_core.h"
-
-// The eight-lane helpers pass 32-byte vectors between functions that are
-// always inlined into the AVX2 kernel, so the ABI note does not apply.
-#pragma GCC diagnostic ignored "-Wpsabi"
 
 namespace kx {
 namespace {
@@ -23,46 +24,6 @@ typedef int32_t M8 __attribute__((vector_size(32)));
 template <int L> struct Mask;
 template <> struct Mask<4> { typedef M4 T; };
 template <> struct Mask<8> { typedef M8 T; };
-
-template <class V>
-__attribute__((always_inline)) inline V spread(V t) {
-    return (t + 0x77777777u) ^ 0x77777777u;
-}
-
-template <class V>
-__attribute__((always_inline)) inline V f(V s, const V* w) {
-    const V x0 = spread<V>(s & 0x11111111u);
-    const V x1 = spread<V>((s >> 1) & 0x11111111u);
-    const V x2 = spread<V>((s >> 2) & 0x11111111u);
-    const V x3 = spread<V>((s >> 3) & 0x11111111u);
-    const V x01 = x0 & x1;
-    const V c0 = w[0] ^ (x0 & w[1]) ^ (x1 & w[2]) ^ (x01 & w[3]);
-    const V c2 = w[4] ^ (x0 & w[5]) ^ (x1 & w[6]) ^ (x01 & w[7]);
-    const V c3 = w[8] ^ (x0 & w[9]) ^ (x1 & w[10]) ^ (x01 & w[11]);
-    const V c23 = w[12] ^ (x0 & w[13]) ^ (x1 & w[14]);
-    const V y = c0 ^ (x2 & (c2 ^ (x3 & c23))) ^ (x3 & c3);
-    return (y << 11) | (y >> 21);
-}
-
-// Eight rounds with K0..K7 (up) or K7..K0 (down), the halves trading roles
-// from round to round as in the scalar core.
-template <class V, bool Up>
-__attribute__((always_inline)) inline void eight(V& a, V& b, const V* k, const V* w) {
-    for (int i = 0; i < 8; i += 2) {
-        b ^= f<V>(a + k[Up ? i : 7 - i], w);
-        a ^= f<V>(b + k[Up ? i + 1 : 6 - i], w);
-    }
-}
-
-// 32-Z is K0..K7 three times then K7..K0; 32-R is K0..K7 then K7..K0 three
-// times.
-template <class V, bool Decrypt>
-__attribute__((always_inline)) inline void rounds32(V& a, V& b, const V* k, const V* w) {
-    eight<V, true>(a, b, k, w);
-    eight<V, !Decrypt>(a, b, k, w);
-    eight<V, !Decrypt>(a, b, k, w);
-    eight<V, false>(a, b, k, w);
-}
 
 // Blocks <-> lanes: a holds the N1 halves, b the N2 halves; the cycles end by
 // exchanging the halves, so b goes back to the low words.
@@ -80,7 +41,7 @@ __attribute__((always_inline)) inline void cycle(uint64_t* blocks, const V* k, c
         hi[i] = (i & 1 ? L : 0) + L / 2 + i / 2;
     }
     V a = __builtin_shuffle(u0, u1, even), b = __builtin_shuffle(u0, u1, odd);
-    rounds32<V, Decrypt>(a, b, k, w);
+    gost89_rounds32<V, Decrypt>(a, b, k, w);
     u0 = __builtin_shuffle(b, a, lo);
     u1 = __builtin_shuffle(b, a, hi);
     __builtin_memcpy(blocks, &u0, sizeof u0);
