@@ -152,6 +152,7 @@ struct alignas(32) Gost89TableWide {
     uint32_t w[15][8];
 };
 extern const Gost89TableWide gost89_tables_wide[6];  // in the order of gost89_tables
+// t must be one of gost89_tables (as gost89_table returns).
 inline const Gost89TableWide& gost89_table_wide(const Gost89Table& t) { return gost89_tables_wide[&t - gost89_tables]; }
 // Earlier names of the same, kept for the callers that use them.
 typedef Gost89TableWide Gost89Table4;
@@ -180,7 +181,8 @@ inline void gost89_wipe(Gost89Key4& key) { wipe(&key, sizeof key); }
 // 32-Z of blocks[i] under key i, i = 0..3, in place.
 void gost89_encrypt_x4(uint64_t blocks[4], const Gost89Key4& k, const Gost89TableWide& t);
 
-// Whole-buffer helpers shared by the exported modes (gost89_*.cpp).
+// Whole-buffer helpers shared by the exported modes (gost89_*.cpp); t must
+// be one of gost89_tables, since the parallel paths use its wide twin.
 // ECB over the whole blocks of data; the tail is left alone.
 void gost89_ecb(unsigned char* data, size_t len, const Gost89Key& k, const Gost89Table& t, bool decrypt);
 // Counter mode: advances *ctr once per (partial) block; the keystream block of
