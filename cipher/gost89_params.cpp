@@ -159,7 +159,7 @@ KORVEX_API unsigned char* GOST_28147_89_tableZ(unsigned char, unsigned char* out
     for (unsigned r = 0; r < 8; ++r) {
         for (unsigned m = 0; m < 16; ++m) {
             unsigned char v = 0;
-            for (unsigned j = 0; j < 16; ++j) v ^= static_cast<unsigned char>(kx::kParamZ.k[r][j] & -(Mat[16 * m + j] & 1));
+            for (unsigned j = 0; j < 16; ++j) v ^= static_cast<unsigned char>(kx::kParamZ.k[r][j] & -(Mat[16 * m + j] == 1));
             out[16 * r + m] = v;
         }
     }

@@ -86,6 +86,22 @@ TEST(Gost89Tables, TableZReproducesSelector7AndIgnoresItsFirstArgument) {
     }
 }
 
+TEST(Gost89Tables, TableZReadsTheExportedMat) {
+    // With Mat replaced by the identity, the "transform" copies the plain
+    // S-box Z: proof that tableZ takes its matrix from the writable object.
+    unsigned char saved[256];
+    std::memcpy(saved, Mat, 256);
+    for (unsigned m = 0; m < 16; ++m)
+        for (unsigned j = 0; j < 16; ++j) Mat[16 * m + j] = m == j;
+    unsigned char out[128];
+    GOST_28147_89_tableZ(0, out);
+    std::memcpy(Mat, saved, 256);
+    const unsigned int* z = GOST_28147_89_get_s_box_ptr(7);
+    for (unsigned r = 0; r < 8; ++r)
+        for (unsigned x = 0; x < 16; ++x) EXPECT_EQ(out[16 * r + x], sbox_from_anf(z, r, x)) << r << "," << x;
+    EXPECT_EQ(out[0], 0xC);  // K1(0) of param-Z (RFC 7836)
+}
+
 TEST(Gost89Core, BaseStepMatchesLookupRound) {
     Rng rng(1);
     for (unsigned char sel : {0, 1, 4, 5, 6, 7}) {
