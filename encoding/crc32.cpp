@@ -10,14 +10,17 @@ inline uint32_t byte_step(uint32_t reg, unsigned char b) {
     return (reg >> 8) ^ kx::kCrc32.t[0][(reg ^ b) & 0xFF];
 }
 
-// The raw register over data with the table, eight bytes at a time (slicing
-// by eight: the register meets the next eight bytes at once).
+// The raw register over data with the table, sixteen bytes at a time
+// (slicing: the register meets the next sixteen bytes at once, each byte
+// through the row that accounts for the bytes after it).
 uint32_t update(uint32_t reg, const unsigned char* data, size_t len) {
     const auto& t = kx::kCrc32.t;
-    for (; len >= 8; len -= 8, data += 8) {
-        uint64_t v = kx::load64(data) ^ reg;
-        reg = t[7][v & 0xFF] ^ t[6][(v >> 8) & 0xFF] ^ t[5][(v >> 16) & 0xFF] ^ t[4][(v >> 24) & 0xFF] ^
-              t[3][(v >> 32) & 0xFF] ^ t[2][(v >> 40) & 0xFF] ^ t[1][(v >> 48) & 0xFF] ^ t[0][v >> 56];
+    for (; len >= 16; len -= 16, data += 16) {
+        const uint64_t v = kx::load64(data) ^ reg, w = kx::load64(data + 8);
+        reg = t[15][v & 0xFF] ^ t[14][(v >> 8) & 0xFF] ^ t[13][(v >> 16) & 0xFF] ^ t[12][(v >> 24) & 0xFF] ^
+              t[11][(v >> 32) & 0xFF] ^ t[10][(v >> 40) & 0xFF] ^ t[9][(v >> 48) & 0xFF] ^ t[8][v >> 56] ^
+              t[7][w & 0xFF] ^ t[6][(w >> 8) & 0xFF] ^ t[5][(w >> 16) & 0xFF] ^ t[4][(w >> 24) & 0xFF] ^
+              t[3][(w >> 32) & 0xFF] ^ t[2][(w >> 40) & 0xFF] ^ t[1][(w >> 48) & 0xFF] ^ t[0][w >> 56];
     }
     for (; len; --len) reg = byte_step(reg, *data++);
     return reg;

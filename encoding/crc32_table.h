@@ -1,6 +1,6 @@
 // Tables of the reflected CRC-32 polynomial 0xEDB88320, built at compile
 // time. Row 0 is the standard byte-wise table (entry 1 = 0x77073096); row j
-// advances a byte through j further zero bytes, for slicing by eight.
+// advances a byte through j further zero bytes, for slicing by sixteen.
 #ifndef KORVEX_ENCODING_CRC32_TABLE_H
 #define KORVEX_ENCODING_CRC32_TABLE_H
 
@@ -18,7 +18,7 @@ constexpr uint32_t crc32_bit_step(uint32_t reg) {
 }
 
 struct Crc32Tables {
-    uint32_t t[8][256];
+    uint32_t t[16][256];
 };
 
 constexpr Crc32Tables make_crc32_tables() {
@@ -28,7 +28,7 @@ constexpr Crc32Tables make_crc32_tables() {
         for (int b = 0; b < 8; ++b) reg = crc32_bit_step(reg);
         r.t[0][i] = reg;
     }
-    for (int j = 1; j < 8; ++j)
+    for (int j = 1; j < 16; ++j)
         for (uint32_t i = 0; i < 256; ++i)
             r.t[j][i] = (r.t[j - 1][i] >> 8) ^ r.t[0][r.t[j - 1][i] & 0xFF];
     return r;
