@@ -144,6 +144,33 @@ TEST(HashStream, Gost94LengthIs32BitsAndWraps) {
     EXPECT_EQ(kt::to_hex(moved.b, 32), kt::to_hex(plain.b, 32));
 }
 
+TEST(HashStream, Gost94EndAddsTailBitsModulo2_32) {
+    // End adds 8t for the t pending bytes to the low length word of its copy,
+    // wrapping as well: f(f(f(H, tail), L), sigma) with L = length + 8t mod 2^32.
+    const struct { uint32_t length; unsigned t; } cases[] = {
+        {0xFFFFFFF0u, 5}, {0xFFFFFF00u, 31}, {0xFFFFFFF8u, 1}, {0x12345600u, 17}};
+    kt::Rng rng(9);
+    for (const auto& c : cases) {
+        Bytes m = rng.bytes(c.t);
+        stream_hash_t st;
+        GOST_34_11_94_hash_init(nullptr, &st);
+        GOST_34_11_94_hash_write(m.data(), c.t, &st);
+        std::memcpy(st.length.b, &c.length, 4);
+        type_uN<32> got;
+        GOST_34_11_94_hash_end(&got, &st);
+
+        type_uN<32> h{}, blk{}, len{};
+        std::memcpy(blk.b, m.data(), c.t);
+        GOST_34_11_94_base_step(&blk, &h);
+        const uint32_t bits = c.length + 8u * c.t;
+        std::memcpy(len.b, &bits, 4);
+        GOST_34_11_94_base_step(&len, &h);
+        GOST_34_11_94_base_step(&blk, &h);  // sigma is the one block
+        EXPECT_EQ(kt::to_hex(got.b, 32), kt::to_hex(h.b, 32)) << c.t;
+        EXPECT_EQ(0, std::memcmp(st.length.b, &c.length, 4));  // the state keeps its length
+    }
+}
+
 TEST(HashStream, Gost2012CounterIsFull512Bits) {
     kt::Rng rng(7);
     Bytes m = rng.bytes(64);
