@@ -4,6 +4,7 @@
 #include "GOST_34_11_94.h"
 
 #include "encoding/bytes.h"
+#include "hash/block_stream.h"
 #include "hash/gost94_core.h"
 
 namespace {
@@ -71,30 +72,11 @@ KORVEX_API void GOST_34_11_94_hash_write(unsigned char* data, unsigned int len, 
     kx::gost94::load(h, state->H.b);
     kx::gost94::load(sigma, state->sigma.b);
     uint32_t bits = kx::load32(state->length.b);
-    unsigned have = state->pending_len & 31u;
-    if (have) {
-        unsigned take = 32 - have;
-        if (take > len) take = len;
-        kx::copy(state->pending + have, data, take);
-        have += take;
-        data += take;
-        len -= take;
-        if (have == 32) {
-            absorb(h, sigma, state->pending, 1);
-            bits += 256;
-            have = 0;
-        }
-    }
-    const unsigned blocks = len / 32;
-    absorb(h, sigma, data, blocks);
-    bits += 256u * blocks;
-    data += len & ~31u;
-    len %= 32;
-    if (len) {  // have is 0 here whenever data is left
-        kx::copy(state->pending, data, len);
-        have = len;
-    }
-    state->pending_len = static_cast<unsigned char>(have);
+    state->pending_len = static_cast<unsigned char>(
+        kx::stream_blocks(state->pending, state->pending_len & 31u, data, len, [&](const unsigned char* p, size_t n) {
+            absorb(h, sigma, p, n);
+            bits += 256u * static_cast<uint32_t>(n);  // the low word only, wrapping
+        }));
     kx::gost94::store(state->H.b, h);
     kx::gost94::store(state->sigma.b, sigma);
     kx::store32(state->length.b, bits);

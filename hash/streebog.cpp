@@ -3,6 +3,7 @@
 #include "GOST_34_11_2012.h"
 
 #include "encoding/bytes.h"
+#include "hash/block_stream.h"
 #include "hash/streebog_core.h"
 
 namespace {
@@ -125,27 +126,8 @@ KORVEX_API void GOST_34_11_2012_hash_write(unsigned char* data, unsigned int len
     if (len == 0) return;
     Run r;
     load_run(r, state);
-    unsigned have = state->pending_len & 63u;
-    if (have) {
-        unsigned take = 64 - have;
-        if (take > len) take = len;
-        kx::copy(state->pending + have, data, take);
-        have += take;
-        data += take;
-        len -= take;
-        if (have == 64) {
-            absorb(r, state->pending, 1);
-            have = 0;
-        }
-    }
-    absorb(r, data, len / 64);
-    data += len & ~63u;
-    len %= 64;
-    if (len) {  // have is 0 here whenever data is left
-        kx::copy(state->pending, data, len);
-        have = len;
-    }
-    state->pending_len = static_cast<unsigned char>(have);
+    state->pending_len = static_cast<unsigned char>(kx::stream_blocks(
+        state->pending, state->pending_len & 63u, data, len, [&](const unsigned char* p, size_t n) { absorb(r, p, n); }));
     store_run(state, r);
 }
 
