@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# One run of the library's benchmarks beside the peers' own speed figures on
+# the same machine: OpenSSL's GOST provider (openssl speed) and Botan
+# (botan speed). Usage: bench/compare.sh [BUILD_DIR]
+set -uo pipefail
+build=${1:-build}
+export OPENSSL_CONF=/dev/null
+prov="-provider gostprov -provider default"
+
+echo "== korvex_bench"
+"$build/korvex_bench" --benchmark_counters_tabular=true 2>/dev/null
+
+echo "== openssl speed (8 KiB)"
+for e in gost89-cnt gost89 md_gost94 md_gost12_256 md_gost12_512; do
+  openssl speed $prov -bytes 8192 -seconds 2 -evp $e 2>/dev/null | tail -1
+done
+
+echo "== botan speed"
+botan speed --msec=2000 GOST-34.11 Streebog-256 Streebog-512 GOST-34.10 2>/dev/null
