@@ -159,6 +159,14 @@ TEST(Arith256, ModularEdgeCases) {
     EXPECT_EQ(r, small(15));  // r = 0 + A mod p, one subtraction
     GOST_34_10_2001_mul_mod_p_256_bit(&r, &b, &a, &p7);
     EXPECT_EQ(r, small(1));   // a large multiplier only shifts: 22 mod 7
+    // A borrow adds p back once, the carry dropped: 3 - 22 + 7 wraps to 2^256 - 12.
+    T three = small(3), wrapped = kMax;
+    GOST_34_10_2001_sub_256_bit(&wrapped, &wrapped, &(r = small(11)));
+    GOST_34_10_2001_sub_mod_p_256_bit(&r, &three, &a, &p7);
+    EXPECT_EQ(r, wrapped);
+    // No borrow, no reduction: 22 - 1 stays 21.
+    GOST_34_10_2001_sub_mod_p_256_bit(&r, &a, &b, &p7);
+    EXPECT_EQ(r, small(21));
 
     // mul by zero; mul aliasing both operands.
     T x = small(123);
