@@ -122,6 +122,27 @@ TEST(Points256, DoublingOrderTwoPoint) {
     EXPECT_EQ(y, T{});
 }
 
+// Equal x: infinity only when y1 = 0 - y2 mod p (so two order-two points
+// (x, 0) cancel); any other y1 is taken as the same point and (x1, y1) is
+// doubled, whatever y2 holds.
+TEST(Points256, AdditionWithEqualX) {
+    ect::Curve c = ect::curve(1);
+    T x = small(5), y0{};
+    T x1 = x, y1 = y0;
+    GOST_34_10_2001_add_EP(&x1, &x, &y1, &y0, &c.a, &c.p);
+    EXPECT_EQ(x1, T{});
+    EXPECT_EQ(y1, T{});
+
+    T y_first = small(1234), y_second = small(99);
+    T dx = x, dy = y_first;
+    GOST_34_10_2001_mul_2_EP(&dx, &dy, &c.a, &c.p);
+    x1 = x;
+    y1 = y_first;
+    GOST_34_10_2001_add_EP(&x1, &x, &y1, &y_second, &c.a, &c.p);
+    EXPECT_EQ(x1, dx);
+    EXPECT_EQ(y1, dy);
+}
+
 // Set 3 has a base point with x = 0: it must not be taken for infinity.
 TEST(Points256, BasePointWithZeroX) {
     ect::Curve c = ect::curve(3);
