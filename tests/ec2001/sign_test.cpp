@@ -87,8 +87,9 @@ TEST(Gost2001, ExampleSignatureVerifies) {
         if (where == 1) sig2.b[31] ^= 1;   // low bit of s
         if (where == 2) sig2.b[40] ^= 4;
         if (where == 3) q2.b[3] ^= 1;
+        Sig sent = sig2;
         EXPECT_EQ(GOST_34_10_2001_check_DS(&e2, &q2, &sig2, 0), 0) << where;
-        EXPECT_EQ(sig2.b[31] ^ orig.b[31], where == 1 ? 1 : 0);
+        EXPECT_EQ(sig2, sent) << where;  // a full check restores the layout even when it fails
     }
 }
 
@@ -141,6 +142,58 @@ TEST(Gost2001, GeneratorNotSeeded) {
     T dk = kD;
     EXPECT_EQ(GOST_34_10_2001_create_DS(&h, &dk, &sig, 1), 1);
     EXPECT_EQ(sig, Sig{});  // zeros in the internal layout, never rotated
+}
+
+// The key is the generator's first 32 bytes as a little-endian number, less
+// q once when it is not below q (set 2: q is just above 2^255). Seed 1 draws
+// 0x96a3... (above q), seed 10 draws 0x5058... (below).
+TEST(Gost2001, KeyPairIsTheDrawReducedOnce) {
+    for (unsigned char first : {1, 10}) {
+        for (unsigned char set : {1, 2}) {
+            ect::Curve c = ect::curve(set);
+            seed_prng(first);
+            T draw, d, zero{};
+            ASSERT_EQ(PRNG_get(&draw), 0);
+            seed_prng(first);
+            Sig q;
+            ASSERT_EQ(GOST_34_10_2001_gen_key_pair(&d, &q, set), 0);
+            T expect = draw;
+            GOST_34_10_2001_mod_p_256_bit(&expect, &c.q);
+            EXPECT_EQ(d, expect) << int(first) << " " << int(set);
+            EXPECT_EQ(d == draw, GOST_34_10_2001_comparison_256_bit(&draw, &c.q) == 0);
+            EXPECT_FALSE(d == zero);
+        }
+    }
+}
+
+// A private key is used as it is, not reduced; d and d + q still give the
+// same public key, signature and shared key, since every product with d keeps
+// d as the multiplier (r * d, t * d) and so comes out fully reduced.
+TEST(Gost2001, PrivateKeyAboveQActsAsReduced) {
+    for (unsigned char set : {0, 2}) {
+        ect::Curve c = ect::curve(set);
+        T d = u256("5d3c0e1f2a4b6c7d8e9fa0b1c2d3e4f5061728394a5b6c7d8e9fa0b1c2d3e41f"), dq;
+        ASSERT_EQ(GOST_34_10_2001_add_256_bit(&dq, &d, &c.q), 0);
+        Sig q1, q2;
+        GOST_34_10_2001_gen_open_key(&d, &q1, set);
+        GOST_34_10_2001_gen_open_key(&dq, &q2, set);
+        EXPECT_EQ(q1, q2) << int(set);
+
+        T h = kE;
+        Sig s1, s2;
+        seed_prng(7);
+        ASSERT_EQ(GOST_34_10_2001_create_DS(&h, &d, &s1, set), 0);
+        seed_prng(7);
+        ASSERT_EQ(GOST_34_10_2001_create_DS(&h, &dq, &s2, set), 0);
+        EXPECT_EQ(s1, s2) << int(set);
+        EXPECT_EQ(GOST_34_10_2001_check_DS(&h, &q1, &s2, set), 1);
+
+        unsigned long long ukm = 0x0123456789ABCDEFull;
+        T k1, k2;
+        GOST_34_10_2001_VKO(&k1, &ukm, &d, &q1, set);
+        GOST_34_10_2001_VKO(&k2, &ukm, &dq, &q1, set);
+        EXPECT_EQ(k1, k2) << int(set);
+    }
 }
 
 class PerSet : public ::testing::TestWithParam<int> {};
