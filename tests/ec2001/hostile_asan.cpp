@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "GOST_34_10_2001.h"
+#include "GOST_34_10_2012.h"
+#include "PRNG.h"
 #include "common/test_util.h"
 
 namespace {
@@ -92,9 +94,27 @@ TEST(Hostile256, SignatureChecksOnGarbage) {
     });
 }
 
+// The functions that draw from the generator, and the 2012 VKO, on exact-size
+// blocks at odd addresses.
+TEST(Hostile256, KeysAndSignaturesInExactBlocks) {
+    kt::Rng rng(0x2001);
+    Block seed(40, rng);
+    ASSERT_EQ(PRNG_init(seed.p), 0);
+    for (unsigned char set : {0, 1, 2, 3}) {
+        Block d(32, rng), q(64, rng), h(32, rng), sig(64, rng), out(32, rng);
+        auto* Q = reinterpret_cast<type_uN<64>*>(q.p);
+        auto* S = reinterpret_cast<type_uN<64>*>(sig.p);
+        ASSERT_EQ(GOST_34_10_2001_gen_key_pair(as256(d), Q, set), 0);
+        ASSERT_EQ(GOST_34_10_2001_create_DS(as256(h), as256(d), S, set), 0);
+        EXPECT_EQ(GOST_34_10_2001_check_DS(as256(h), Q, S, set), 1);
+        GOST_34_10_2012_VKO_256(as256(out), nullptr, as256(d), Q, set);
+    }
+}
+
 TEST(Hostile256, TablesFillExactly16384Bytes) {
     std::unique_ptr<unsigned char[]> t(new unsigned char[16384]);
     GOST_34_10_2001_2P_table(t.get(), 3);
+    GOST_34_10_2001_NAF_2kP_table(t.get(), 0);
     GOST_34_10_2001_xP_table(t.get(), 1);
     EXPECT_EQ(std::memcmp(t.get(), std::vector<unsigned char>(64, 0).data(), 64), 0);
 }
