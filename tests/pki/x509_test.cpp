@@ -405,3 +405,65 @@ TEST(X509Hand, FieldPointersAndTextbox) {
     f = x_509_get_field_pointers(der.data());
     EXPECT_EQ(f.serial_number.ptr, nullptr);
 }
+
+TEST(X509Hand, ParameterSetWalkMismatches) {
+    // Each step of the walk to publicKeyParamSet must find its tag; the key
+    // itself does not depend on the parameters.
+    const Bytes key = tlv(0x03, cat({{0x00}, tlv(0x04, Bytes(64, 0x11))}));
+    const Bytes alg = oid("2A85030202 13"), param = oid("2A85030202 2301");
+    struct Case {
+        const char* what;
+        Bytes spki;
+    } cases[] = {
+        {"algorithm without its OID", seq({seq({tlv(0x05, {}), seq({param})}), key})},
+        {"NULL parameters", seq({seq({alg, tlv(0x05, {})}), key})},
+        {"no parameters", seq({seq({alg}), key})},
+        {"parameters not starting with an OID", seq({seq({alg, seq({tlv(0x02, {1}), param})}), key})},
+        {"parameters in a SET", seq({seq({alg, set({param})}), key})},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        HandCert h;
+        h.key = c.spki;
+        Bytes der = h.der();
+        EXPECT_EQ(x_509_find_public_key_info_block(der.data()), child(child(der.data(), 0), 6));
+        EXPECT_NE(x_509_get_open_key(der.data()), nullptr);
+        EXPECT_EQ(x_509_get_open_key_parametrs_ds(der.data()), 0xFFFFFFFFu);
+        EXPECT_EQ(x_509_get_open_key_parametrs_ds_512bit(der.data()), 0xFFFFFFFFu);
+    }
+}
+
+TEST(X509Hand, TbsCertificateMustBeASequence) {
+    // A SET in place of tbsCertificate that holds what looks like a
+    // subjectPublicKeyInfo: nothing is found inside it.
+    Bytes der = from_hex("30 08 31 06 30 04 30 02 05 00");
+    EXPECT_EQ(x_509_find_public_key_info_block(der.data()), nullptr);
+    EXPECT_EQ(x_509_get_open_key_parametrs_ds(der.data()), 0xFFFFFFFFu);
+    HandCert h;
+    Bytes good = h.der();
+    good[header_size(good.data())] = 0x31;
+    EXPECT_EQ(x_509_find_public_key_info_block(good.data()), nullptr);
+    EXPECT_EQ(x_509_get_field_pointers(good.data()).serial_number.ptr, nullptr);
+    EXPECT_EQ(x_509_get_textbox_of_cer(good.data()).serial_number.ptr, nullptr);
+    EXPECT_EQ(x_509_check_certificate(good.data(), nullptr), 0u);
+}
+
+TEST(X509Hand, LargeCertificateLengths) {
+    // A subject of 70000 octets: field sizes keep their low 16 bits, the
+    // certificate length is the full 32-bit size, and the limited reader
+    // gives 0 for the 0x83 form.
+    HandCert h;
+    Bytes subject = seq({set({seq({oid("550403"), text(0x0C, std::string(70000, 'n'))})})});
+    Bytes der = cert_of(cat({h.version, h.serial, h.alg, kName, h.validity, subject, h.key}));
+    x509_field_pointers f = x_509_get_field_pointers(der.data());
+    ASSERT_NE(f.subject.ptr, nullptr);
+    EXPECT_EQ(f.subject.len, subject.size() % 65536);
+    EXPECT_EQ(to_hex(f.subject.ptr, 16), to_hex(subject.data(), 16));
+    EXPECT_EQ(x_509_get_certificate_length(der.data()), der.size());
+    EXPECT_EQ(der[1], 0x83);
+    EXPECT_EQ(x_509_get_block_length(der.data()), 0u);
+    x509_name n = x_509_parse_Name_field(f.subject.ptr);
+    EXPECT_EQ(n.common_name.length, 70000 % 256);
+    EXPECT_EQ(n.common_name.value[0], 'n');
+    EXPECT_NE(x_509_get_open_key(der.data()), nullptr);
+}
