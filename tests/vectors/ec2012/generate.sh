@@ -4,8 +4,9 @@
 #   sign.txt  keys, GOST R 34.11-2012 (512) digests and OpenSSL signatures on
 #             paramSetA and paramSetB (selectors 1 and 2)
 #   vko.txt   shared keys of two OpenSSL key pairs per set (see below)
-#   arith.txt modular products, the MP multiplications, point multiples and
-#             the Jacobian step sequences, from python3 integers
+#   arith.txt modular products, the MP multiplications, point multiples,
+#             the Jacobian step sequences and the unsuffixed affine steps on
+#             moduli they do not reduce, from python3 integers (deterministic)
 #   ours.txt  signatures made by libKorvex from a fixed generator seed and
 #             verified here by `openssl pkeyutl -verify` (needs a built
 #             libKorvex.so: KORVEX_LIB, default build-ec512 of the repo)
@@ -285,6 +286,52 @@ for sel in (1, 2):
         _, qy_only = jmul(k, x, y, p, False)
         print("op = jmul\nset = %d\nk = %s\nx = %s\ny = %s\ny_only = %s\n"
               % (sel, le(k), le(qx), le(qy), le(qy_only)))
+
+# The affine operations without suffix on moduli that do not end in 0xC7:
+# x^2, lambda^2 and lambda (x - x3) are the plain low halves of the products,
+# and the modular steps after them run on those unreduced values exactly as
+# the 512-bit layer defines them (one conditional subtraction or addition,
+# 513-bit halving in the binary Euclid).
+def addm(u, v, p):
+    s = u + v
+    return (s - p) % M512 if s >= M512 or s >= p else s
+def subm(u, v, p):
+    return (u - v + p) % M512 if u < v else u - v
+def divm(x, n, p):  # n / x
+    u, v, x1, x2 = x, p, n, 0
+    while u:
+        if v == 1: return x1 if u == 1 else x2
+        while u % 2 == 0:
+            u >>= 1; x1 = x1 >> 1 if x1 % 2 == 0 else (x1 + p) % 2**513 >> 1
+        while v % 2 == 0:
+            v >>= 1; x2 = x2 >> 1 if x2 % 2 == 0 else (x2 + p) % 2**513 >> 1
+        if u >= v: u -= v; x1 = subm(x1, x2, p)
+        else: v -= u; x2 = subm(x2, x1, p)
+    return x2
+def low(u, v): return u * v % M512
+def udbl(x, y, a, p):
+    if x == 0 and y == 0: return x, y
+    t = low(x, x); s = addm(t, t, p); s = addm(s, t, p); t = addm(s, a, p)
+    l = divm(addm(y, y, p), t, p)
+    x3 = subm(subm(low(l, l), x, p), x, p)
+    return x3, subm(low(l, subm(x, x3, p)), y, p)
+def uadd(x1, x2, y1, y2, a, p):
+    if x1 == 0 and y1 == 0: return x2, y2
+    if x2 == 0 and y2 == 0: return x1, y1
+    if x1 == x2:
+        return (0, 0) if y1 == subm(0, y2, p) else udbl(x1, y1, a, p)
+    l = divm(subm(x2, x1, p), subm(y2, y1, p), p)
+    x3 = subm(subm(low(l, l), x1, p), x2, p)
+    return x3, subm(low(l, subm(x1, x3, p)), y1, p)
+for sel in (2, 0):
+    p, a, q, x, y = CURVES[sel]
+    for i in range(3):
+        U = mul(rnd.randrange(1, q), (x, y), a, p); V = mul(rnd.randrange(1, q), (x, y), a, p)
+        D = udbl(U[0], U[1], a, p); S = uadd(U[0], V[0], U[1], V[1], a, p)
+        print("op = udbl\nset = %d\nx = %s\ny = %s\nx2 = %s\ny2 = %s\n"
+              % (sel, le(U[0]), le(U[1]), le(D[0]), le(D[1])))
+        print("op = uadd\nset = %d\nx1 = %s\ny1 = %s\nx2 = %s\ny2 = %s\nx = %s\ny = %s\n"
+              % (sel, le(U[0]), le(U[1]), le(V[0]), le(V[1]), le(S[0]), le(S[1])))
 PY
 
 # ---- Our signatures, checked by OpenSSL.
