@@ -1,8 +1,9 @@
 // GOST R 34.11-2012 compression internals: the state as eight 64-bit words
 // and the LPS transform. S is a byte look-up in pi and L a bit-serial pass
-// over the 64 rows of A; the pass runs on all eight words at once in SSE2
-// lanes (one sign mask per row and word), and on two independent values at a
-// time where the round function allows it (the state and the key schedule).
+// over the 64 rows of A; the pass runs on all eight words at once in vector
+// lanes (one sign mask per row and word: SSE2, or AVX2 chosen at run time),
+// and on two independent values at a time where the round function allows it
+// (the state and the key schedule).
 #ifndef KORVEX_HASH_STREEBOG_CORE_H
 #define KORVEX_HASH_STREEBOG_CORE_H
 
@@ -90,48 +91,99 @@ __attribute__((always_inline)) inline void rows32(const uint64_t* rows, u32x4 (&
     }
 }
 
-// L on Count values given as 32-bit halves: out[n] word i := L(hi[n][i]:lo[n][i]).
-// Words 0..3 and 4..7 are done in two passes, which keeps everything in
-// registers.
+typedef uint32_t u32x8 __attribute__((vector_size(32)));
+typedef int32_t i32x8 __attribute__((vector_size(32)));
+
+// The same thirty-two rows with eight lanes (AVX2): a vector holds the
+// matching halves of all eight words, so one pass over the rows covers the
+// whole value. The row halves are broadcast straight from the table.
+// Row k as its low and high 32-bit halves, words 2k and 2k + 1.
+typedef uint32_t row_half __attribute__((may_alias));
+
 template <int Count>
-inline void l_pass(const uint32_t (*lo)[8], const uint32_t (*hi)[8], Block* const out[Count]) {
+__attribute__((always_inline)) inline void rows32_x8(const row_half* rows, u32x8 (&src)[Count], u32x8 (&acc)[Count][2]) {
+#pragma GCC unroll 4
+    for (int k = 0; k < 32; ++k) {
+        // Each half is broadcast straight from memory (one load, no shuffle).
+        const u32x8 al = u32x8{} + rows[2 * k], ah = u32x8{} + rows[2 * k + 1];
+#pragma GCC unroll 2
+        for (int n = 0; n < Count; ++n) {
+            const u32x8 m = reinterpret_cast<u32x8>(reinterpret_cast<i32x8>(src[n]) >> 31);
+            src[n] += src[n];
+            acc[n][0] ^= al & m;
+            acc[n][1] ^= ah & m;
+        }
+    }
+}
+
+// L on Count values given as 32-bit halves: out[n] word i := L(hi[n][i]:lo[n][i]).
+// With four lanes (Wide false, SSE2) words 0..3 and 4..7 are done in two
+// passes, which keeps everything in registers; with eight lanes (Wide true,
+// only inlined into functions built for AVX2) in one.
+template <bool Wide, int Count>
+__attribute__((always_inline)) inline void l_pass(const uint32_t (*lo)[8], const uint32_t (*hi)[8],
+                                                  Block* const out[Count]) {
     // The rows are read through an opaque pointer so that the compiler
     // keeps the 512-byte table instead of materialising broadcast copies.
     const uint64_t* rows = streebog_A;
     __asm__("" : "+r"(rows));
-    for (int g = 0; g < 2; ++g) {
-        u32x4 src[Count];
-        u32x4 acc[Count][2];
+    if constexpr (Wide) {
+        u32x8 src[Count];
+        u32x8 acc[Count][2];
 #pragma GCC unroll 2
         for (int n = 0; n < Count; ++n) {
-            __builtin_memcpy(&src[n], &hi[n][4 * g], 16);
-            acc[n][0] = u32x4{0, 0, 0, 0};
-            acc[n][1] = u32x4{0, 0, 0, 0};
+            __builtin_memcpy(&src[n], hi[n], 32);
+            acc[n][0] = u32x8{};
+            acc[n][1] = u32x8{};
         }
-        rows32<Count>(rows, src, acc);  // rows 0..31 meet the high halves
+        const row_half* halves = reinterpret_cast<const row_half*>(rows);
+        rows32_x8<Count>(halves, src, acc);  // rows 0..31 meet the high halves
 #pragma GCC unroll 2
-        for (int n = 0; n < Count; ++n) __builtin_memcpy(&src[n], &lo[n][4 * g], 16);
-        rows32<Count>(rows + 32, src, acc);
+        for (int n = 0; n < Count; ++n) __builtin_memcpy(&src[n], lo[n], 32);
+        rows32_x8<Count>(halves + 64, src, acc);
 #pragma GCC unroll 2
-        for (int n = 0; n < Count; ++n)
+        for (int n = 0; n < Count; ++n) {
+            const u32x8 w03 = __builtin_shuffle(acc[n][0], acc[n][1], u32x8{0, 8, 1, 9, 2, 10, 3, 11});
+            const u32x8 w47 = __builtin_shuffle(acc[n][0], acc[n][1], u32x8{4, 12, 5, 13, 6, 14, 7, 15});
+            __builtin_memcpy(out[n]->w, &w03, 32);
+            __builtin_memcpy(out[n]->w + 4, &w47, 32);
+        }
+    } else {
+        for (int g = 0; g < 2; ++g) {
+            u32x4 src[Count];
+            u32x4 acc[Count][2];
+#pragma GCC unroll 2
+            for (int n = 0; n < Count; ++n) {
+                __builtin_memcpy(&src[n], &hi[n][4 * g], 16);
+                acc[n][0] = u32x4{0, 0, 0, 0};
+                acc[n][1] = u32x4{0, 0, 0, 0};
+            }
+            rows32<Count>(rows, src, acc);  // rows 0..31 meet the high halves
+#pragma GCC unroll 2
+            for (int n = 0; n < Count; ++n) __builtin_memcpy(&src[n], &lo[n][4 * g], 16);
+            rows32<Count>(rows + 32, src, acc);
+#pragma GCC unroll 2
+            for (int n = 0; n < Count; ++n)
 #pragma GCC unroll 4
-            for (int i = 0; i < 4; ++i)
-                out[n]->w[4 * g + i] = static_cast<uint64_t>(acc[n][1][i]) << 32 | acc[n][0][i];
+                for (int i = 0; i < 4; ++i)
+                    out[n]->w[4 * g + i] = static_cast<uint64_t>(acc[n][1][i]) << 32 | acc[n][0][i];
+        }
     }
 }
 
 // out[n] := L(P(S(in[n]))) for n < Count; in and out may be the same.
-template <int Count>
-inline void lps(const Block* const in[Count], Block* const out[Count]) {
-    alignas(16) uint32_t lo[Count][8], hi[Count][8];
+template <bool Wide, int Count>
+__attribute__((always_inline)) inline void lps(const Block* const in[Count], Block* const out[Count]) {
+    alignas(32) uint32_t lo[Count][8], hi[Count][8];
     for (int n = 0; n < Count; ++n) sp_halves(*in[n], lo[n], hi[n]);
-    l_pass<Count>(lo, hi, out);
+    l_pass<Wide, Count>(lo, hi, out);
 }
 
-inline void lps1(const Block& in, Block& out) {
+template <bool Wide>
+__attribute__((always_inline)) inline void lps1(const Block& in, Block& out) {
     const Block* i[1] = {&in};
     Block* o[1] = {&out};
-    lps<1>(i, o);
+    lps<Wide, 1>(i, o);
 }
 
 // One key schedule step: K := LPS(K ^ C[i]) (C[0] is C1).
@@ -140,11 +192,12 @@ inline void key_step(Block& K, int i) {
     Block c;
     load(c, streebog_C[i]);
     xor_to(t, K, c);
-    lps1(t, K);
+    lps1<false>(t, K);
 }
 
 // s := E(K, m); K is left at the last round key.
-inline void encrypt(Block& s, Block& K, const Block& m) {
+template <bool Wide>
+__attribute__((always_inline)) inline void encrypt(Block& s, Block& K, const Block& m) {
     xor_to(s, K, m);
     for (int i = 0; i < 12; ++i) {
         Block c, t;
@@ -153,19 +206,23 @@ inline void encrypt(Block& s, Block& K, const Block& m) {
         // The state's LPS and the next round key do not depend on each other.
         const Block* in[2] = {&s, &t};
         Block* out[2] = {&s, &K};
-        lps<2>(in, out);
+        lps<Wide, 2>(in, out);
         xor_to(s, s, K);
     }
 }
 
 // h := g_N(h, m).
-inline void compress(Block& h, const Block& N, const Block& m) {
+template <bool Wide>
+__attribute__((always_inline)) inline void compress_with(Block& h, const Block& N, const Block& m) {
     Block K, t, s;
     xor_to(t, h, N);
-    lps1(t, K);
-    encrypt(s, K, m);
+    lps1<Wide>(t, K);
+    encrypt<Wide>(s, K, m);
     for (int i = 0; i < 8; ++i) h.w[i] ^= s.w[i] ^ m.w[i];
 }
+
+// h := g_N(h, m), on AVX2 where the processor has it (streebog_kernels.cpp).
+void compress(Block& h, const Block& N, const Block& m);
 
 }  // namespace streebog
 }  // namespace kx
