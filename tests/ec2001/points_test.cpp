@@ -170,13 +170,11 @@ TEST(Tables256, DoublingTableIsPTable) {
     EXPECT_EQ(std::memcmp(t.data(), p_table, 16384), 0);
     ect::Curve c = ect::curve(1);
     EXPECT_TRUE(same(entry(t, 0), base(c)));
-    T k = small(1);
     for (unsigned i : {1u, 2u, 100u, 255u}) {
         T ki{};
         ki.b[i / 8] = static_cast<unsigned char>(1u << (i % 8));
         EXPECT_TRUE(same(entry(t, i), mul(ki, base(c), c))) << i;
     }
-    (void)k;
 }
 
 TEST(Tables256, DoublingTableOtherSets) {
