@@ -392,3 +392,62 @@ TEST(CmsAttribute, SizeBoundCoversTinyItems) {
         for (size_t i = bound; i < out.size(); ++i) ASSERT_EQ(out[i], 0xCC) << i;  // nothing beyond
     }
 }
+
+TEST(CmsMessage, ParseOptionalAndMissingParts) {
+    CertFacts ca = fixture_cert("ca_a");
+    const Bytes gost94 = seq({oid("2A85030202 09"), tlv(0x05, {})});
+    const Bytes sid = seq({seq({set({})}), tlv(0x02, {0x05})});
+    const Bytes attrs = tlv(0xA0, seq({oid("2A864886F70D010904"), set({tlv(0x04, Bytes(32, 3))})}));
+    const Bytes sigAlg = seq({oid("2A85030202 13"), tlv(0x05, {})});
+    const Bytes sig = tlv(0x04, Bytes(64, 0x66));
+    const Bytes encap = seq({oid("2A864886F70D010701"), tlv(0xA0, tlv(0x04, str("data")))});
+    struct Case {
+        const char* what;
+        Bytes digestAlg, encap, certs, crls, signerInfo;
+        int status;
+        bool content, cert, sid, attrs, sig;
+    } cases[] = {
+        {"certificates and crls", gost94, encap, tlv(0xA0, ca.der), tlv(0xA1, seq({})),
+         seq({tlv(0x02, {1}), sid, gost94, attrs, sigAlg, sig}), 0, true, true, true, true, true},
+        {"crls only", gost94, encap, {}, tlv(0xA1, seq({})), seq({tlv(0x02, {1}), sid, gost94, attrs, sigAlg, sig}),
+         0, true, false, true, true, true},
+        // Only a SEQUENCE as the first certificate is taken.
+        {"first certificate of another kind", gost94, encap, tlv(0xA0, cat({tlv(0xA1, {}), ca.der})), {},
+         seq({tlv(0x02, {1}), sid, gost94, attrs, sigAlg, sig}), 0, true, false, true, true, true},
+        {"no eContent", gost94, seq({oid("2A864886F70D010701")}), {}, {},
+         seq({tlv(0x02, {1}), sid, gost94, attrs, sigAlg, sig}), 0, false, false, true, true, true},
+        {"eContent not an OCTET STRING", gost94, seq({oid("2A864886F70D010701"), tlv(0xA0, tlv(0x24, {}))}), {}, {},
+         seq({tlv(0x02, {1}), sid, gost94, sigAlg, sig}), 0, false, false, true, false, true},
+        {"no signed attributes", gost94, encap, {}, {}, seq({tlv(0x02, {1}), sid, gost94, sigAlg, sig}), 0, true, false,
+         true, false, true},
+        // GOST R 34.11-2012 (256) is not the digest this library signs with.
+        {"other digest algorithm", seq({oid("2A85030701010202")}), encap, tlv(0xA0, ca.der), {},
+         seq({tlv(0x02, {1}), sid, gost94, attrs, sigAlg, sig}), 1, false, false, false, false, false},
+        {"encapContentInfo without OID", gost94, seq({tlv(0xA0, tlv(0x04, str("data")))}), {}, {},
+         seq({tlv(0x02, {1}), sid, gost94, sigAlg, sig}), 1, false, false, false, false, false},
+        // A subjectKeyIdentifier signer ([0]) is not read.
+        {"signer by key identifier", gost94, encap, tlv(0xA0, ca.der), {},
+         seq({tlv(0x02, {3}), tlv(0x80, {1, 2}), gost94, sigAlg, sig}), 1, true, true, false, false, false},
+        {"no signatureAlgorithm", gost94, encap, {}, {}, seq({tlv(0x02, {1}), sid, gost94, attrs, sig}), 1, true, false,
+         true, true, false},
+        {"signature not an OCTET STRING", gost94, encap, {}, {},
+         seq({tlv(0x02, {1}), sid, gost94, attrs, sigAlg, tlv(0x03, Bytes(65, 0))}), 1, true, false, true, true, false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Bytes msg = seq({oid("2A864886F70D010702"),
+                         tlv(0xA0, seq({tlv(0x02, {1}), set({c.digestAlg}), c.encap, c.certs, c.crls, set({c.signerInfo})}))});
+        cms_signed_data_t r = CMS_SignedData_parse(msg.data());
+        EXPECT_EQ(r.status, c.status);
+        EXPECT_EQ(r.content != nullptr, c.content);
+        if (c.content) EXPECT_EQ(as_string(r.content, r.content_len), "data");
+        EXPECT_EQ(r.certificate != nullptr, c.cert);
+        if (c.cert) EXPECT_EQ(to_hex(r.certificate, r.certificate_len), to_hex(ca.der));
+        EXPECT_EQ(r.signer_id != nullptr, c.sid);
+        if (c.sid) EXPECT_EQ(to_hex(r.signer_id, r.signer_id_len), to_hex(sid));
+        EXPECT_EQ(r.signed_attrs != nullptr, c.attrs);
+        if (c.attrs) EXPECT_EQ(to_hex(r.signed_attrs, r.signed_attrs_len), to_hex(attrs));
+        EXPECT_EQ(r.signature != nullptr, c.sig);
+        if (c.sig) EXPECT_EQ(to_hex(r.signature, r.signature_len), to_hex(Bytes(64, 0x66)));
+    }
+}

@@ -304,3 +304,65 @@ TEST(CmsVerify, Codes) {
     EXPECT_EQ(CMS_SignedData_check(nullptr, nullptr, content.data(), content.size(), ca.der.data(), sig64(reversedS.data())), 6u);
     EXPECT_EQ(reversedS, keep);
 }
+
+TEST(CmsVerify, SignedAttributesIgnoreTheDataArguments) {
+    // With signed attributes only their digest is verified: no content, a
+    // wrong digest or a digest of the wrong length change nothing.
+    seed();
+    CertFacts ca = fixture_cert("ca_a");
+    Bytes content = str("attributes carry the digest");
+    Bytes block = block_of(kSigningTime, "");
+    type_uN<32> key;
+    std::copy(ca.priv.begin(), ca.priv.end(), key.b);
+    ASSERT_EQ(CMS_sig_SignedAttr(block.data(), content.data(), content.size(), &key), 0u);
+    Bytes msg = message_of(content, false, block, ca.der, false);
+    cms_signed_data_t r = CMS_SignedData_parse(msg.data());
+    ASSERT_NE(r.signed_attrs, nullptr);
+    Bytes wrong(32, 0xEE);
+    EXPECT_EQ(CMS_SignedData_check(r.signed_attrs, nullptr, nullptr, 0, ca.der.data(), sig64(r.signature)), 5u);
+    EXPECT_EQ(CMS_SignedData_check(r.signed_attrs, nullptr, wrong.data(), 7, ca.der.data(), sig64(r.signature)), 5u);
+    EXPECT_EQ(CMS_SignedData_check_hash(r.signed_attrs, nullptr, nullptr, 0, ca.der.data(), sig64(r.signature)), 5u);
+    EXPECT_EQ(CMS_SignedData_check_hash(r.signed_attrs, nullptr, wrong.data(), 32, ca.der.data(), sig64(r.signature)),
+              5u);
+    EXPECT_EQ(CMS_SignedData_check_hash(r.signed_attrs, nullptr, wrong.data(), 31, ca.der.data(), sig64(r.signature)),
+              5u);
+    // Still bound to the key.
+    EXPECT_EQ(CMS_SignedData_check(r.signed_attrs, nullptr, nullptr, 0, fixture_cert("leaf_xa").der.data(),
+                                   sig64(r.signature)), 6u);
+}
+
+TEST(CmsVerify, SelectorLowByte255IsNoKey) {
+    // Only a selector whose low byte is 255 means "no usable key"; 254 is an
+    // ordinary selector (the test curve), so the signature is merely invalid.
+    seed();
+    CertFacts ca = fixture_cert("ca_a");
+    Bytes content = str("selector");
+    Bytes block = block_of("", "");
+    type_uN<32> key;
+    std::copy(ca.priv.begin(), ca.priv.end(), key.b);
+    ASSERT_EQ(CMS_sig_SignedAttr(block.data(), content.data(), content.size(), &key), 0u);
+    struct Case {
+        unsigned char arc;
+        unsigned cms, x509;
+    } cases[] = {{0x01, 5, 1}, {0xFE, 6, 0}, {0xFF, 3, 0}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(int(c.arc));
+        Bytes cert = ca.der;
+        unsigned char* spki = x_509_find_public_key_info_block(cert.data());
+        unsigned char* arc = nullptr;
+        for (unsigned char* p = spki; p < spki + 40 && !arc; ++p)
+            if (p[0] == 0x02 && p[1] == 0x23 && p[2] == 0x01) arc = p + 2;  // 1.2.643.2.2.35.1
+        ASSERT_NE(arc, nullptr);
+        *arc = c.arc;
+        EXPECT_EQ(x_509_get_open_key_parametrs_ds(cert.data()), c.arc);
+        EXPECT_EQ(CMS_SignedData_check(nullptr, nullptr, content.data(), content.size(), cert.data(),
+                                       sig64(block.data() + 2)), c.cms);
+        // The CA's own certificate checked with the altered key certificate.
+        EXPECT_EQ(x_509_check_certificate(ca.der.data(), cert.data()), c.x509);
+    }
+    // A 512-bit key certificate offers no GOST R 34.10-2001 key.
+    CertFacts long512 = fixture_cert("leaf_512a");
+    EXPECT_EQ(CMS_SignedData_check(nullptr, nullptr, content.data(), content.size(), long512.der.data(),
+                                   sig64(block.data() + 2)), 3u);
+    EXPECT_EQ(x_509_check_certificate(ca.der.data(), long512.der.data()), 0u);
+}
