@@ -189,6 +189,14 @@ TEST(ArithMP, MulModQOnParamSetAOrder) {
         GOST_34_10_2012_mul_MP_mod_q_512_bit(&b, &a, &b, &m);
         EXPECT_EQ(hex(b), r["prod"]);
     }
+    // Nothing to fold (a * 1 < 2^512): only the final comparison reduces.
+    U64 q = curve(1).q, one = small(1), out;
+    for (U64 a : {q, all_ones()}) {
+        U64 want;
+        GOST_34_10_2012_sub_512_bit(&want, &a, &q);
+        GOST_34_10_2012_mul_MP_mod_q_512_bit(&out, &a, &one, &q);
+        EXPECT_EQ(hex(out), hex(want));
+    }
 }
 
 TEST(ArithMP, Wrappers) {

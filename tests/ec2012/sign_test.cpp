@@ -275,6 +275,27 @@ TEST(Sign512, ExampleCurveKeysKeepTheSingleSubtraction) {
     EXPECT_GT(above, 0);
 }
 
+TEST(Sign512, ExampleCurveHashKeepsTheSingleSubtraction) {
+    // The example q is about 0.27 * 2^512: a hash of e + q reduces to e and
+    // signs as e, but e + 2q stays e + q and enters e * k unreduced, so the
+    // same k gives the same r and another s.
+    GeneratorState keep;
+    U64 d = be(kD), e = small(5), e1, e2;
+    GOST_34_10_2012_add_512_bit(&e1, &e, &q_test);
+    GOST_34_10_2012_add_512_bit(&e2, &e1, &q_test);
+    U128 sig[3];
+    const U64* hashes[3] = {&e, &e1, &e2};
+    for (int i = 0; i < 3; ++i) {
+        seed(51);
+        ASSERT_EQ(GOST_34_10_2012_create_DS_512_bit(const_cast<U64*>(hashes[i]), &d, &sig[i], 0), 0);
+    }
+    EXPECT_EQ(hex(sig[1]), hex(sig[0]));
+    EXPECT_EQ(hex(half(sig[2], 1)), hex(half(sig[0], 1)));
+    EXPECT_NE(hex(half(sig[2], 0)), hex(half(sig[0], 0)));
+    U128 Q = join(be(kQx), be(kQy));
+    EXPECT_EQ(GOST_34_10_2012_check_DS_512_bit(&e1, &Q, &sig[0], 0), 1);
+}
+
 TEST(Sign512, ExampleCurveIsReadAtCallTime) {
     ExampleCurve keep;
     Curve B = curve(2);
