@@ -64,4 +64,41 @@ TEST(HashBounds, KeysAndPasswords) {
     }
 }
 
+// An N-byte value at an odd address, ending exactly where its allocation
+// ends: misaligned and with nothing readable after it.
+template <unsigned N>
+struct Odd {
+    std::unique_ptr<unsigned char[]> mem{new unsigned char[N + 1]()};
+    type_uN<N>* operator&() { return reinterpret_cast<type_uN<N>*>(mem.get() + 1); }
+};
+
+TEST(HashBounds, BuildingBlocksOnMisalignedExactValues) {
+    Odd<32> a, b, c;
+    GOST_34_11_94_base_step(&a, &b);
+    GOST_34_11_94_gen_key_and_encrypt(&a, &b, &c);
+    GOST_34_11_94_mixing(&a, &b, &c);
+    GOST_34_11_94_mixing(&a, nullptr, &c);
+    GOST_34_11_94_mix(&a, 255);
+    GOST_34_11_94_P(&a, &b);
+    GOST_34_11_94_A(&a);
+    GOST_34_11_94_sum_mod_2_256(&a, &b);
+    GOST_34_11_94_xor_u256(&a, &b, &c);
+    GOST_34_11_94_hash(nullptr, 0, &b, &a);
+    Odd<64> x, y, z;
+    GOST_34_11_2012_Sbox(&x);
+    GOST_34_11_2012_Transposition(&x);
+    GOST_34_11_2012_Mix_Columns(&x);
+    GOST_34_11_2012_xor_512(&x, &y, &z);
+    GOST_34_11_2012_sum_mod_2_512(&x, &y, &z);
+    for (unsigned char i = 0; i < 13; ++i) GOST_34_11_2012_Key(&x, i);
+    GOST_34_11_2012_E(&x, &y, &z);
+    GOST_34_11_2012_G(&x, &y, &z);
+    GOST_34_11_2012_base(nullptr, 0, &x);
+    Odd<4> salt;
+    GOST_34_11_2012_HMAC_256_bit(nullptr, 0, nullptr, 0, &a);
+    GOST_34_11_2012_HMAC_512_bit(nullptr, 0, nullptr, 0, &x);
+    pkcs5_PBKDF2(nullptr, 0, salt.mem.get() + 1, 2, &a);
+    pkcs5_PBKDF2_2012(nullptr, 0, salt.mem.get() + 1, 2, &a);
+}
+
 }  // namespace
