@@ -5,6 +5,7 @@
 #include "encoding/bytes.h"
 #include "pki/cms_templates.h"
 #include "pki/der_walk.h"
+#include "pki/x509_key.h"
 
 namespace kx {
 namespace pki {
@@ -32,7 +33,7 @@ struct Writer {
 // version field.
 bool signer_fields(unsigned char* cert, Der& c, Der& issuer, Der& serial) {
     Der tbs, e;
-    if (!der_top(cert, c) || c.t() != kTagSeq || !der_first(c, kTagSeq, tbs)) return false;
+    if (!enter_tbs(cert, c, tbs)) return false;
     DerIter it = children(tbs);
     if (!der_next(it, kTagCtx0, e) || !der_next(it, kTagInt, serial) || !der_next(it, kTagSeq, e) ||
         !der_next(it, kTagSeq, issuer))

@@ -6,7 +6,6 @@
 #include "encoding/bytes.h"
 #include "pki/der_walk.h"
 #include "pki/x509_key.h"
-#include "x_509.h"
 
 namespace kx {
 namespace pki {
@@ -50,17 +49,11 @@ unsigned int sign_block(unsigned char* block, const unsigned char* contentDigest
 
 // Checks a signature over value with the certificate's key.
 unsigned int verify(type_uN<32>* value, unsigned char* cert, type_uN<64>* signature) {
-    unsigned char* key = public_key_of_size(cert, 64);
-    unsigned int sel = x_509_get_open_key_parametrs_ds(cert);
-    if (!key || (sel & 0xFF) == 0xFF) return kNoKey;
+    unsigned char* key;
+    unsigned char sel;
+    if (!verification_key(cert, key, sel)) return kNoKey;
     if (!signature) return kNoData;
-    // The verifier byte-reverses its signature argument in place: keep the
-    // caller's message untouched.
-    type_uN<64> sig;
-    kx::copy(sig.b, signature, 64);
-    unsigned char ok = GOST_34_10_2001_check_DS(value, reinterpret_cast<type_uN<64>*>(key), &sig,
-                                                static_cast<unsigned char>(sel));
-    return ok == 1 ? kValid : kInvalid;
+    return check_signature(value, key, signature->b, sel) == 1 ? kValid : kInvalid;
 }
 
 // The value a signer signed when it has signed attributes.

@@ -3,7 +3,7 @@
 // and validity texts (RFC 5280 4.1, 4.2.1.3).
 #include "ASN1.h"
 #include "encoding/bytes.h"
-#include "pki/der_walk.h"
+#include "pki/x509_key.h"
 #include "x_509.h"
 
 namespace kx {
@@ -61,12 +61,6 @@ void name_attribute(const Der& rdn, x509_name& out) {
     } else if (fits(type.val, sizeof kEmailOid, limit) && equal(type.val, kEmailOid, sizeof kEmailOid)) {
         record_value(type.val + sizeof kEmailOid, limit, out.email);  // the last occurrence wins
     }
-}
-
-// Certificate and tbsCertificate.
-bool enter_tbs(unsigned char* cert, Der& tbs) {
-    Der c;
-    return der_top(cert, c) && c.t() == kTagSeq && der_first(c, kTagSeq, tbs);
 }
 
 x509_field_ref whole(const Der& e) { return x509_field_ref{e.tag, static_cast<uint16_t>(e.size())}; }

@@ -16,18 +16,11 @@ constexpr unsigned char k512SetPrefix[8] = {0x2A, 0x85, 0x03, 0x07, 0x01, 0x02, 
 
 constexpr unsigned int kNoSelector = 0xFFFFFFFFu;
 
-// Certificate and tbsCertificate (non-empty).
-bool enter_tbs(unsigned char* cert, Der& tbs) {
-    Der c;
-    if (!der_top(cert, c) || c.t() != kTagSeq) return false;
-    return der_first(c, kTagSeq, tbs) && tbs.len() != 0;
-}
-
-// subjectPublicKeyInfo: the first tbsCertificate child that is a SEQUENCE
-// whose first content octet opens another SEQUENCE (the algorithm).
+// subjectPublicKeyInfo: the first child of a non-empty tbsCertificate that is
+// a SEQUENCE whose first content octet opens another SEQUENCE (the algorithm).
 bool find_spki(unsigned char* cert, Der& spki) {
     Der tbs;
-    if (!enter_tbs(cert, tbs)) return false;
+    if (!enter_tbs(cert, tbs) || tbs.len() == 0) return false;
     DerIter it = children(tbs);
     while (der_next(it, spki))
         if (spki.t() == kTagSeq && spki.len() != 0 && spki.val[0] == kTagSeq) return true;
@@ -58,6 +51,10 @@ bool selector_after(const Der& oid, const unsigned char* limit, const unsigned c
 
 }  // namespace
 
+bool enter_tbs(unsigned char* cert, Der& c, Der& tbs) {
+    return der_top(cert, c) && c.t() == kTagSeq && der_first(c, kTagSeq, tbs);
+}
+
 bool public_key_octets(unsigned char* cert, Der& key) {
     Der spki, bits;
     if (!find_spki(cert, spki)) return false;
@@ -69,10 +66,13 @@ bool public_key_octets(unsigned char* cert, Der& key) {
     return der_at(bits.val + 1, bits.end, key);
 }
 
-unsigned char* public_key_of_size(unsigned char* cert, uint32_t n) {
-    Der key;
-    if (!public_key_octets(cert, key) || key.len() < n) return nullptr;
-    return key.val;
+bool verification_key(unsigned char* cert, unsigned char*& key, unsigned char& sel) {
+    Der k;
+    unsigned int s = x_509_get_open_key_parametrs_ds(cert);
+    if (!public_key_octets(cert, k) || k.len() < 64 || (s & 0xFF) == 0xFF) return false;
+    key = k.val;
+    sel = static_cast<unsigned char>(s);
+    return true;
 }
 
 }  // namespace pki

@@ -6,27 +6,32 @@
 #include "pki/x509_key.h"
 #include "x_509.h"
 
+namespace kx {
+namespace pki {
+
+unsigned char check_signature(type_uN<32>* hash, unsigned char* key, const unsigned char* sig, unsigned char sel) {
+    type_uN<64> copy;
+    kx::copy(copy.b, sig, 64);
+    return GOST_34_10_2001_check_DS(hash, reinterpret_cast<type_uN<64>*>(key), &copy, sel);
+}
+
+}  // namespace pki
+}  // namespace kx
+
 using namespace kx::pki;
 
 KORVEX_API unsigned int x_509_check_certificate(unsigned char* cert, unsigned char* issuerCert) {
     if (!cert) return 0;
-    unsigned char* keyCert = issuerCert ? issuerCert : cert;
-    unsigned char* key = public_key_of_size(keyCert, 64);
-    unsigned int sel = x_509_get_open_key_parametrs_ds(keyCert);
+    // The issuer's key, or the certificate's own for a self-signed one.
+    unsigned char* key;
+    unsigned char sel;
     Der c, tbs, alg, bits;
-    if (!key || (sel & 0xFF) == 0xFF) return 0;
-    if (!der_top(cert, c) || c.t() != kTagSeq) return 0;
-    DerIter it = children(c);
-    if (!der_next(it, kTagSeq, tbs) || !der_next(it, alg) || !der_next(it, kTagBitString, bits))
-        return 0;
-    if (bits.len() < 65) return 0;
+    if (!verification_key(issuerCert ? issuerCert : cert, key, sel) || !enter_tbs(cert, c, tbs)) return 0;
+    DerIter it{tbs.end, c.end};
+    if (!der_next(it, alg) || !der_next(it, kTagBitString, bits) || bits.len() < 65) return 0;
 
     type_uN<32> hash;
     GOST_34_11_94_hash(tbs.tag, tbs.size(), nullptr, &hash);
-    // The verifier byte-reverses its signature argument in place: work on a
-    // copy so that the certificate is never modified.
-    type_uN<64> sig;
-    kx::copy(sig.b, bits.val + 1, 64);
-    return GOST_34_10_2001_check_DS(&hash, reinterpret_cast<type_uN<64>*>(key), &sig,
-                                    static_cast<unsigned char>(sel));
+    // The signature follows the BIT STRING's unused-bits octet.
+    return check_signature(&hash, key, bits.val + 1, sel);
 }
