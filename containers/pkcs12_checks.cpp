@@ -94,10 +94,10 @@ KORVEX_API unsigned char pkcs12_check_algorithm(unsigned char* p) {
     static constexpr unsigned char kGost89[1] = {0x15};
     // The identifier sits at offset 60 of a 372-byte container: it cannot
     // extend further than that, whatever its length octets claim.
+    // Like the header check, the SEQUENCE lengths are stepped over, not
+    // compared: only tags, skipped elements and OIDs decide.
     Cursor c{p, p + (kSize - 60)};
-    unsigned len;
-    if (!enter(c, 0x30, &len)) return 5;
-    if (len < static_cast<unsigned>(c.end - c.p)) c.end = c.p + len;
+    if (!enter(c, 0x30)) return 5;
     unsigned char r;
     if ((r = check_oid(c, kStemRsa, 7, kPbes2, 2))) return r;
     if (!enter(c, 0x30) || !enter(c, 0x30)) return 5;
