@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string>
 
 #include "GOST_28147_89.h"
 #include "GOST_34_11_94.h"
@@ -18,7 +19,11 @@ using kt::Bytes;
 
 struct Case {
     std::string name;
-    Bytes key, aux, password, salt, iv, container;
+    Bytes key, aux, password, salt, iv, mac_salt, container;
+    unsigned iterations, mac_iterations;
+    // Salts and counts as the library writes them (one salt, 1024 twice).
+    bool library_shape() const { return mac_salt == salt && iterations == 1024 && mac_iterations == 1024; }
+    unsigned char pw_len() const { return static_cast<unsigned char>(password.size()); }
 };
 
 std::vector<Case> cases() {
@@ -26,7 +31,9 @@ std::vector<Case> cases() {
     for (auto& r : kt::load_records("pkcs12/pkcs12.txt"))
         out.push_back({r.at("name"), kt::from_hex(r.at("key")), kt::from_hex(r.at("aux")),
                        kt::from_hex(r.at("password")), kt::from_hex(r.at("salt")), kt::from_hex(r.at("iv")),
-                       kt::from_hex(r.at("container"))});
+                       kt::from_hex(r.at("mac_salt")), kt::from_hex(r.at("container")),
+                       static_cast<unsigned>(std::stoul(r.at("iterations"))),
+                       static_cast<unsigned>(std::stoul(r.at("mac_iterations")))});
     return out;
 }
 
@@ -34,9 +41,8 @@ Bytes create(Case c) {
     Bytes out(PKCS12_CONTEINER_SIZE, 0xEE);
     type_uN<32> key;
     std::copy(c.key.begin(), c.key.end(), key.b);
-    EXPECT_EQ(0, pkcs12_create_conteiner(out.data(), 0, &key, c.aux.data(), c.password.data(),
-                                         static_cast<unsigned char>(c.password.size()), c.salt.data(),
-                                         c.iv.data()));
+    EXPECT_EQ(0, pkcs12_create_conteiner(out.data(), 0, &key, c.aux.data(), c.password.data(), c.pw_len(),
+                                         c.salt.data(), c.iv.data()));
     return out;
 }
 
@@ -76,29 +82,18 @@ Bytes plaintext(const Bytes& c, const Bytes& password) {
     return plain;
 }
 
+// The peer layout pins every octet: 30 82 71 at 0, 02 02 88 00 at 96 and
+// 368, the salt at 92 and 364, the IV at 133, the padding of five 05.
 TEST(Pkcs12Container, CreateMatchesLayoutBuiltByPeer) {
     for (auto& c : cases()) {
+        if (!c.library_shape()) continue;
         SCOPED_TRACE(c.name);
         EXPECT_EQ(kt::to_hex(c.container), kt::to_hex(create(c)));
     }
 }
 
-TEST(Pkcs12Container, FixedOctets) {
-    Case c = cases()[0];
-    Bytes out = create(c);
-    EXPECT_EQ("308271", kt::to_hex(out.data(), 3));
-    EXPECT_EQ("02028800", kt::to_hex(out.data() + 96, 4));
-    EXPECT_EQ("02028800", kt::to_hex(out.data() + 368, 4));
-    EXPECT_EQ(kt::to_hex(c.salt), kt::to_hex(out.data() + 92, 4));
-    EXPECT_EQ(kt::to_hex(c.salt), kt::to_hex(out.data() + 364, 4));
-    EXPECT_EQ(kt::to_hex(c.iv), kt::to_hex(out.data() + 133, 8));
-    // The plaintext SafeContents ends in five padding octets of 5.
-    Bytes plain = plaintext(out, c.password);
-    EXPECT_EQ("0505050505", kt::to_hex(plain.data() + 147, 5));
-    EXPECT_EQ(kt::to_hex(c.key), kt::to_hex(plain.data() + 54, 32));
-    EXPECT_EQ(kt::to_hex(c.aux), kt::to_hex(plain.data() + 107, 40));
-}
-
+// The own_mac_parameters container tells the PBKDF2-params salt and count
+// (encipherment) from the MacData ones (MAC): a mix-up fails every case.
 TEST(Pkcs12Container, OpenReturnsKeyAndAuxAndLeavesContainer) {
     for (auto& c : cases()) {
         SCOPED_TRACE(c.name);
@@ -106,104 +101,90 @@ TEST(Pkcs12Container, OpenReturnsKeyAndAuxAndLeavesContainer) {
         EXPECT_EQ(0, open(box, c.password, &key, &aux));
         EXPECT_EQ(c.key, key);
         EXPECT_EQ(c.aux, aux);
+        // Either output may be null.
+        Bytes key2(32), aux2(40);
+        EXPECT_EQ(0, open(box, c.password, &key2, nullptr));
+        EXPECT_EQ(0, open(box, c.password, nullptr, &aux2));
+        EXPECT_EQ(0, open(box, c.password, nullptr, nullptr));
+        EXPECT_EQ(c.key, key2);
+        EXPECT_EQ(c.aux, aux2);
         EXPECT_EQ(c.container, box);
-        EXPECT_EQ(0, pkcs12_conteiner_check_MAC(c.password.data(), static_cast<unsigned char>(c.password.size()),
-                                                box.data()));
+        EXPECT_EQ(0, pkcs12_conteiner_check_MAC(c.password.data(), c.pw_len(), box.data()));
+        unsigned char salt[4] = {};
+        unsigned short iterations = 0;
+        pkcs12_get_pbkdf2_par(salt, &iterations, box.data());
+        EXPECT_EQ(c.salt, Bytes(salt, salt + 4));
+        EXPECT_EQ(c.iterations, iterations);
     }
 }
 
-TEST(Pkcs12Container, OpenWithNullOutputs) {
-    Case c = cases()[0];
-    Bytes key(32, 0), aux(40, 0);
-    EXPECT_EQ(0, open(c.container, c.password, &key, nullptr));
-    EXPECT_EQ(c.key, key);
-    EXPECT_EQ(0, open(c.container, c.password, nullptr, &aux));
-    EXPECT_EQ(c.aux, aux);
-    EXPECT_EQ(0, open(c.container, c.password, nullptr, nullptr));
-}
-
-TEST(Pkcs12Container, WrongPasswordGives2AndWritesNothing) {
+TEST(Pkcs12Container, WrongPasswordOrDamageGives2AndChangesNothing) {
     for (auto& c : cases()) {
         SCOPED_TRACE(c.name);
-        for (Bytes pw : {str("Password"), str(""), str("password "), c.password.empty() ? str("x") : Bytes(c.password.begin(), c.password.end() - 1)}) {
+        Bytes shorter = c.password.empty() ? str("x") : Bytes(c.password.begin(), c.password.end() - 1);
+        for (Bytes pw : {str("Password"), str(""), str("password "), shorter}) {
             if (pw == c.password) continue;
-            Bytes box = c.container, key(32, 0xA5), aux(40, 0x5A);
+            unsigned char n = static_cast<unsigned char>(pw.size());
+            Bytes box = c.container, key(32, 0xA5), aux(40, 0x5A), q = str("q");
             EXPECT_EQ(2, open(box, pw, &key, &aux));
             EXPECT_EQ(Bytes(32, 0xA5), key);
             EXPECT_EQ(Bytes(40, 0x5A), aux);
+            EXPECT_EQ(2, pkcs12_conteiner_check_MAC(pw.data(), n, box.data()));
+            EXPECT_EQ(2, pkcs12_close_conteiner(aux.data(), pw.data(), n, box.data()));
+            EXPECT_EQ(2, pkcs12_conteiner_change_pass(pw.data(), n, q.data(), 1, box.data()));
             EXPECT_EQ(c.container, box);
-            EXPECT_EQ(2, pkcs12_conteiner_check_MAC(pw.data(), static_cast<unsigned char>(pw.size()), box.data()));
         }
     }
-}
-
-TEST(Pkcs12Container, DamageInsideTheMacRegionGives2) {
+    // Any octet of the MAC'd region 23..304, and the stored MAC itself.
     Case c = cases()[0];
-    for (unsigned off : {23u, 92u, 133u, 153u, 200u, 304u}) {
+    for (unsigned off : {23u, 92u, 133u, 153u, 200u, 304u, 361u}) {
         SCOPED_TRACE(off);
         Bytes box = c.container, key(32, 0xA5);
         box[off] ^= 0x01;
         EXPECT_EQ(2, open(box, c.password, &key, nullptr));
         EXPECT_EQ(Bytes(32, 0xA5), key);
     }
-    Bytes box = c.container;
-    box[361] ^= 0x80;  // the stored MAC itself
-    EXPECT_EQ(2, open(box, c.password, nullptr, nullptr));
 }
 
 TEST(Pkcs12Container, CloseStoresNewAuxKeepsKey) {
-    Case c = cases()[0];
-    Bytes box = c.container, aux = kt::Rng(7).bytes(40);
-    EXPECT_EQ(0, pkcs12_close_conteiner(aux.data(), c.password.data(), static_cast<unsigned char>(c.password.size()),
-                                        box.data()));
-    Bytes key(32), got(40);
-    EXPECT_EQ(0, open(box, c.password, &key, &got));
-    EXPECT_EQ(c.key, key);
-    EXPECT_EQ(aux, got);
-    // Only the content and the MAC value changed.
-    EXPECT_TRUE(std::equal(box.begin(), box.begin() + 153, c.container.begin()));
-    EXPECT_TRUE(std::equal(box.begin() + 305, box.begin() + 330, c.container.begin() + 305));
-    EXPECT_TRUE(std::equal(box.begin() + 362, box.end(), c.container.begin() + 362));
-    // Closing with the same block again gives the original container back.
-    Bytes box2 = box;
-    EXPECT_EQ(0, pkcs12_close_conteiner(c.aux.data(), c.password.data(),
-                                        static_cast<unsigned char>(c.password.size()), box2.data()));
-    EXPECT_EQ(c.container, box2);
-}
-
-TEST(Pkcs12Container, CloseWithWrongPasswordChangesNothing) {
-    Case c = cases()[0];
-    Bytes box = c.container, aux(40, 1), pw = str("wrong");
-    EXPECT_EQ(2, pkcs12_close_conteiner(aux.data(), pw.data(), 5, box.data()));
-    EXPECT_EQ(c.container, box);
+    for (auto& c : cases()) {
+        SCOPED_TRACE(c.name);
+        Bytes box = c.container, aux = kt::Rng(7).bytes(40);
+        EXPECT_EQ(0, pkcs12_close_conteiner(aux.data(), c.password.data(), c.pw_len(), box.data()));
+        Bytes key(32), got(40);
+        EXPECT_EQ(0, open(box, c.password, &key, &got));
+        EXPECT_EQ(c.key, key);
+        EXPECT_EQ(aux, got);
+        // Only the content and the MAC value changed.
+        EXPECT_TRUE(std::equal(box.begin(), box.begin() + 153, c.container.begin()));
+        EXPECT_TRUE(std::equal(box.begin() + 305, box.begin() + 330, c.container.begin() + 305));
+        EXPECT_TRUE(std::equal(box.begin() + 362, box.end(), c.container.begin() + 362));
+        // Closing with the original block gives the original container back.
+        EXPECT_EQ(0, pkcs12_close_conteiner(c.aux.data(), c.password.data(), c.pw_len(), box.data()));
+        EXPECT_EQ(c.container, box);
+    }
 }
 
 TEST(Pkcs12Container, ChangePassword) {
     for (auto& c : cases()) {
         SCOPED_TRACE(c.name);
         Bytes box = c.container, q = str("new secret");
-        EXPECT_EQ(0, pkcs12_conteiner_change_pass(c.password.data(), static_cast<unsigned char>(c.password.size()),
-                                                  q.data(), static_cast<unsigned char>(q.size()), box.data()));
+        EXPECT_EQ(0, pkcs12_conteiner_change_pass(c.password.data(), c.pw_len(), q.data(),
+                                                  static_cast<unsigned char>(q.size()), box.data()));
         Bytes key(32), aux(40);
         EXPECT_EQ(0, open(box, q, &key, &aux));
         EXPECT_EQ(c.key, key);
         EXPECT_EQ(c.aux, aux);
         EXPECT_EQ(2, open(box, c.password, nullptr, nullptr));
-        // Salt, count, IV and MacData salt and count are kept.
+        // Salts, counts and IV are kept.
         EXPECT_TRUE(std::equal(box.begin(), box.begin() + 153, c.container.begin()));
         EXPECT_TRUE(std::equal(box.begin() + 362, box.end(), c.container.begin() + 362));
-        // It equals a container created under the new password.
-        Case n = c;
-        n.password = q;
-        EXPECT_EQ(create(n), box);
+        if (c.library_shape()) {
+            Case n = c;
+            n.password = q;
+            EXPECT_EQ(create(n), box);
+        }
     }
-}
-
-TEST(Pkcs12Container, ChangePasswordWithWrongOldPasswordChangesNothing) {
-    Case c = cases()[0];
-    Bytes box = c.container, bad = str("bad"), q = str("q");
-    EXPECT_EQ(2, pkcs12_conteiner_change_pass(bad.data(), 3, q.data(), 1, box.data()));
-    EXPECT_EQ(c.container, box);
 }
 
 TEST(Pkcs12Container, DamagedContentBehindValidMacGives3) {
@@ -251,15 +232,6 @@ TEST(Pkcs12Container, MacDataTagErrorsGive5) {
         EXPECT_EQ(5, pkcs12_conteiner_check_MAC(c.password.data(), static_cast<unsigned char>(c.password.size()),
                                                 box.data()));
     }
-}
-
-TEST(Pkcs12Container, Pbkdf2Parameters) {
-    Case c = cases()[0];
-    unsigned char salt[4] = {};
-    unsigned short iterations = 0;
-    pkcs12_get_pbkdf2_par(salt, &iterations, c.container.data());
-    EXPECT_EQ(c.salt, Bytes(salt, salt + 4));
-    EXPECT_EQ(1024, iterations);
 }
 
 TEST(Pkcs12Container, LongPasswordRoundTrip) {
