@@ -163,15 +163,12 @@ inline void mul_mod(Num<W>& r, const Num<W>& a, const Num<W>& b, const Num<W>& p
 }
 
 // x = x / 2 mod p for odd p: an odd x gets p added first, the carry of that
-// addition becoming the new top bit (a (64W+1)-bit halving).
+// addition becoming the new top bit (a (64W+1)-bit halving). Returns the bit
+// shifted out (0 for odd p).
 template <unsigned W>
-inline void half_mod(Num<W>& x, const Num<W>& p) {
-    if (x.w[0] & 1) {
-        unsigned char c = add(x, x, p);
-        shr1(x, c);
-    } else {
-        shr1(x);
-    }
+inline unsigned char half_mod(Num<W>& x, const Num<W>& p) {
+    uint64_t carry = (x.w[0] & 1) ? add(x, x, p) : 0;
+    return shr1(x, carry);
 }
 
 // Binary extended Euclid on (u, v) = (x, p) with companions (x1, x2) = (n, 0),

@@ -33,10 +33,7 @@ inline void mul3(N512& r, const N512& a, const N512& m) {
 
 // a = a / 2 mod m (m odd): an odd a gets m added, the carry entering bit 511.
 // Returns the bit shifted out.
-inline unsigned char div2(N512& a, const N512& m) {
-    uint64_t carry = (a.w[0] & 1) ? bn::add(a, a, m) : 0;
-    return bn::shr1(a, carry);
-}
+inline unsigned char div2(N512& a, const N512& m) { return bn::half_mod(a, m); }
 
 // r = a - 2b mod m.
 inline void sub_mul2(N512& r, const N512& a, const N512& b, const N512& m) {
