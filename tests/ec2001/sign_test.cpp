@@ -118,6 +118,22 @@ TEST(Gost2001, EarlyRejectLeavesBufferReversed) {
     }
 }
 
+// The public key is not validated: against the point at infinity the check
+// reduces to R = x(s/e * P), so with e = 1 the pair (s, x(sP) mod q) passes.
+TEST(Gost2001, PublicKeyIsNotValidated) {
+    for (unsigned char set : {0, 1, 3}) {
+        ect::Curve c = ect::curve(set);
+        T s = small(5), r, one = small(1);
+        GOST_34_10_2001_mul_k_EP(&s, &c.x, &c.y, &r, nullptr, &c.a, &c.p);
+        GOST_34_10_2001_mod_p_256_bit(&r, &c.q);
+        Sig internal, inf{};
+        std::memcpy(internal.b, s.b, 32);
+        std::memcpy(internal.b + 32, r.b, 32);
+        Sig sig = reversed_halves(internal);
+        EXPECT_EQ(GOST_34_10_2001_check_DS(&one, &inf, &sig, set), 1) << int(set);
+    }
+}
+
 TEST(Gost2001, RotateReversesEachHalfOnly) {
     Sig s;
     for (int i = 0; i < 64; ++i) s.b[i] = static_cast<unsigned char>(i);
