@@ -321,24 +321,6 @@ TEST(CmsMessage, CreateRejects) {
     EXPECT_EQ(CMS_SignedData_create(nullptr, 1, bare.data(), 66, ok.data(), 1, nullptr), 0u);
 }
 
-TEST(CmsMessage, OpenSslMessagesParse) {
-    Bytes content = kt::load_file("pki/content.bin");
-    for (const char* signer : {"ca_a", "leaf_b"}) {
-        SCOPED_TRACE(signer);
-        Bytes msg = kt::load_file(std::string("pki/cms_openssl_") + signer + ".der");
-        CertFacts cert = fixture_cert(signer);
-        cms_signed_data_t r = CMS_SignedData_parse(msg.data());
-        EXPECT_EQ(r.status, 0);
-        EXPECT_EQ(to_hex(r.content, r.content_len), to_hex(content));
-        EXPECT_EQ(to_hex(r.certificate, r.certificate_len), to_hex(cert.der));
-        ASSERT_NE(r.signed_attrs, nullptr);
-        EXPECT_EQ(r.signed_attrs[0], 0xA0);
-        EXPECT_NE(CMS_SignedAttr_find_msg_digest_value_field(r.signed_attrs), nullptr);
-        EXPECT_EQ(r.signature_len, 64u);
-        EXPECT_EQ(r.signer_id[0], 0x30);
-    }
-}
-
 TEST(CmsMessage, ParseStopsAtFirstMismatch) {
     CertFacts ca = fixture_cert("ca_a");
     Bytes msg = kt::load_file("pki/cms_openssl_ca_a.der");
