@@ -208,4 +208,10 @@ TEST(Jacobian512, ScalarMultiplicationAndItsConversionRule) {
     U64 one = small(1), x, y;
     GOST_34_10_2012_mul_J_k_EP(&one, &A.x, &A.y, &x, &y, &A.p);
     EXPECT_EQ(hex(x) + hex(y), hex(A.x) + hex(A.y));
+    // k = 0 leaves (1, 1, 0): both divisors are 0, and dividing by zero gives 0.
+    U64 zero{}, y_only;
+    GOST_34_10_2012_mul_J_k_EP(&zero, &A.x, &A.y, &x, &y, &A.p);
+    EXPECT_EQ(hex(x) + hex(y), hex(zero) + hex(zero));
+    GOST_34_10_2012_mul_J_k_EP(&zero, &A.x, &A.y, nullptr, &y_only, &A.p);
+    EXPECT_EQ(hex(y_only), hex(zero));
 }
