@@ -3,6 +3,7 @@
 // its end. Writing goes through the library's DER primitives.
 #include "ASN1.h"
 #include "containers/pkcs15_internal.h"
+#include "encoding/bytes.h"
 
 namespace kx {
 namespace p15 {
@@ -77,17 +78,11 @@ namespace {
 // An INTEGER whose first content octet is v.
 bool is_small_int(const El& e, uint8_t v) { return e.tag == 0x02 && e.len >= 1 && e.value[0] == v; }
 
-bool equal_bytes(const uint8_t* a, const uint8_t* b, unsigned n) {
-    for (unsigned i = 0; i < n; ++i)
-        if (a[i] != b[i]) return false;
-    return true;
-}
-
 // SEQUENCE { token OID, [0] { OCTET STRING { SEQUENCE token } } }: the token.
 bool token_of(const El& seq, El& token) {
     El oid, a0, os;
     if (seq.tag != 0x30 || !first_child(seq, oid)) return false;
-    if (oid.end - oid.at != sizeof kTokenOid || !equal_bytes(oid.at, kTokenOid, sizeof kTokenOid)) return false;
+    if (oid.end - oid.at != sizeof kTokenOid || !equal(oid.at, kTokenOid, sizeof kTokenOid)) return false;
     if (!next(seq, oid, a0) || a0.tag != 0xA0) return false;
     if (!first_child(a0, os) || os.tag != 0x04) return false;
     return first_child(os, token) && token.tag == 0x30;
