@@ -210,6 +210,7 @@ TEST(CmsAttribute, FindDigestAndMimeType) {
         {"not [0]", tlv(0x31, mdAttr), -1},
         {"child not a SEQUENCE", tlv(0xA0, cat({set({}), mdAttr})), -1},
         {"digest of 31 octets", tlv(0xA0, seq({oid("2A864886F70D010904"), set({tlv(0x04, Bytes(31, 7))})})), -1},
+        {"digest of 33 octets", tlv(0xA0, seq({oid("2A864886F70D010904"), set({tlv(0x04, Bytes(33, 7))})})), -1},
         {"other OID", tlv(0xA0, seq({oid("2A864886F70D010903"), set({tlv(0x04, Bytes(32, 7))})})), -1},
     };
     for (Case& c : cases) {

@@ -291,7 +291,8 @@ TEST(CmsVerify, Codes) {
     // No data without signed attributes.
     EXPECT_EQ(CMS_SignedData_check(nullptr, nullptr, nullptr, 5, ca.der.data(), sig), 4u);
     EXPECT_EQ(CMS_SignedData_check(nullptr, nullptr, content.data(), 0, ca.der.data(), sig), 4u);
-    EXPECT_EQ(CMS_SignedData_check_hash(nullptr, nullptr, digest.data(), 31, ca.der.data(), sig), 4u);
+    for (unsigned len : {0u, 31u, 33u, 64u})
+        EXPECT_EQ(CMS_SignedData_check_hash(nullptr, nullptr, digest.data(), len, ca.der.data(), sig), 4u) << len;
     EXPECT_EQ(CMS_SignedData_check_hash(nullptr, nullptr, nullptr, 32, ca.der.data(), sig), 4u);
     EXPECT_EQ(CMS_SignedData_check_hash(nullptr, nullptr, digest.data(), 32, ca.der.data(), sig), 5u);
     // No usable key: no certificate, a v1-less garbage, an unknown parameter set.

@@ -350,6 +350,10 @@ TEST(X509Hand, KeyUsageRules) {
         {"value not an OCTET STRING", tlv(0xA0, tlv(0x02, {2})),
          tlv(0xA3, seq({seq({oid("551D0F"), tlv(0x03, {0x05, 0xA0})})})), 0},
         {"empty BIT STRING", tlv(0xA0, tlv(0x02, {2})), tlv(0xA3, seq({seq({oid("551D0F"), tlv(0x04, {0x03, 0x00})})})), 0},
+        // The octet count L - 1 is taken in 8 bits: 256 octets count as none,
+        // 257 as one.
+        {"257-octet BIT STRING", tlv(0xA0, tlv(0x02, {2})), key_usage_ext(cat({{0x00}, Bytes(256, 0xFF)})), 0},
+        {"258-octet BIT STRING", tlv(0xA0, tlv(0x02, {2})), key_usage_ext(cat({{0x00}, Bytes(257, 0x80)})), 0x01},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
