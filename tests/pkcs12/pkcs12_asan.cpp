@@ -52,7 +52,7 @@ TEST(Pkcs12Hostile, StructureChecksOnEveryOctet) {
     }
 }
 
-TEST(Pkcs12Hostile, OpenAndCheckMacOnEveryOctet) {
+TEST(Pkcs12Hostile, ContainerFunctionsOnEveryOctet) {
     Case c = reference();
     unsigned char* pw = c.password.data();
     unsigned char n = static_cast<unsigned char>(c.password.size());
@@ -60,7 +60,8 @@ TEST(Pkcs12Hostile, OpenAndCheckMacOnEveryOctet) {
         // Octets 370-371 hold the MAC iteration count: covered below.
         if (off == 370 || off == 371) continue;
         // Inside the MAC'd region every change is a MAC mismatch: a sample will do.
-        if (off >= 23 && off < 305 && off % 11) continue;
+        bool in_mac = off >= 23 && off < 305;
+        if (in_mac && off % 11) continue;
         for (unsigned char v : {0x00, 0x80, 0xFF}) {
             Bytes b = c.container;
             if (b[off] == v) continue;
@@ -80,24 +81,9 @@ TEST(Pkcs12Hostile, OpenAndCheckMacOnEveryOctet) {
             EXPECT_TRUE(std::equal(b.begin(), b.end(), buf.get())) << off;  // open changes nothing
             r = pkcs12_conteiner_check_MAC(pw, n, buf.get());
             EXPECT_TRUE(r == 0 || r == 2 || r == 5) << off;
-        }
-    }
-}
-
-TEST(Pkcs12Hostile, CloseAndChangePasswordOutsideTheMacRegion) {
-    Case c = reference();
-    unsigned char* pw = c.password.data();
-    unsigned char n = static_cast<unsigned char>(c.password.size());
-    std::vector<unsigned> offsets;
-    for (unsigned i = 0; i < 23; ++i) offsets.push_back(i);
-    for (unsigned i = 305; i < 370; ++i) offsets.push_back(i);
-    for (unsigned off : offsets) {
-        for (unsigned char v : {0x00, 0xFF}) {
-            Bytes b = c.container;
-            b[off] = v;
-            auto buf = exact(b);
-            Bytes aux(40, 0x11), q = {'q'};
-            unsigned char r = pkcs12_close_conteiner(aux.data(), pw, n, buf.get());
+            if (in_mac) continue;
+            Bytes q = {'q'};
+            r = pkcs12_close_conteiner(aux.data(), pw, n, buf.get());
             EXPECT_TRUE(r == 0 || r == 2 || r == 5) << off;
             auto buf2 = exact(b);
             r = pkcs12_conteiner_change_pass(pw, n, q.data(), 1, buf2.get());

@@ -36,9 +36,6 @@ TEST(Pkcs12Ber, CodeAndDecode) {
             EXPECT_EQ(buf + n, q);
         }
     }
-    EXPECT_EQ(1, pkcs12_ber_code(nullptr, 127));
-    EXPECT_EQ(2, pkcs12_ber_code(nullptr, 128));
-    EXPECT_EQ(3, pkcs12_ber_code(nullptr, 16513));
 }
 
 TEST(Pkcs12Ber, DecodeStopsAtFirstOctetWithHighBitClear) {
@@ -115,15 +112,12 @@ TEST(Pkcs12Writers, AdvanceOverTheirParts) {
     EXPECT_EQ("0505050505", kt::to_hex(buf.data() + 147, 5));
 }
 
-TEST(Pkcs12Checks, HeaderAcceptsContainerAndStopsAtAlgorithm) {
-    Bytes c = container();
-    unsigned char* p = c.data();
+TEST(Pkcs12Checks, HeaderStopsAtAlgorithmAndRejectsEveryCheckedOctet) {
+    Bytes good = container();
+    unsigned char* p = good.data();
     EXPECT_EQ(0, pkcs12_check_header(&p));
-    EXPECT_EQ(c.data() + 60, p);
+    EXPECT_EQ(good.data() + 60, p);
     EXPECT_EQ(0, pkcs12_check_algorithm(p));
-}
-
-TEST(Pkcs12Checks, HeaderRejectsEveryCheckedOctet) {
     // Tags, the two versions and the three contentType OIDs.
     std::vector<unsigned> checked = {0, 3, 4, 5, 6, 20, 23, 26, 40, 43, 44, 45, 46};
     for (unsigned i = 9; i < 20; ++i) checked.push_back(i);
@@ -132,7 +126,7 @@ TEST(Pkcs12Checks, HeaderRejectsEveryCheckedOctet) {
     for (unsigned off : checked) {
         Bytes c = container();
         c[off] ^= 0x40;
-        unsigned char* p = c.data();
+        p = c.data();
         EXPECT_EQ(5, pkcs12_check_header(&p)) << off;
         EXPECT_EQ(c.data(), p) << off;
     }
