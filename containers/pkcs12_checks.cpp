@@ -65,9 +65,9 @@ bool exact_rsa_oid(Cursor& c, unsigned char a, unsigned char b) {
 // An OID element: a wrong tag is 5, a wrong length or content is 4.
 unsigned char check_oid(Cursor& c, const unsigned char* stem, unsigned stem_len, const unsigned char* suffix,
                         unsigned suffix_len) {
+    if (c.p >= c.end || *c.p != 0x06) return 5;
     unsigned len;
-    if (!enter(c, 0x06, &len)) return 5;
-    if (len != stem_len + suffix_len || static_cast<unsigned>(c.end - c.p) < len) return 4;
+    if (!enter(c, 0x06, &len) || len != stem_len + suffix_len || static_cast<unsigned>(c.end - c.p) < len) return 4;
     if (!kx::equal(c.p, stem, stem_len) || !kx::equal(c.p + stem_len, suffix, suffix_len)) return 4;
     c.p += len;
     return 0;

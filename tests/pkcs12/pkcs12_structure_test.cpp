@@ -163,6 +163,12 @@ TEST(Pkcs12Checks, AlgorithmCodes) {
         c[t.offset] = t.value;
         EXPECT_EQ(t.code, pkcs12_check_algorithm(c.data() + 60)) << t.offset;
     }
+    // An OID length run longer than any the container writes is a wrong
+    // length too, not a wrong tag.
+    Bytes c = container();
+    c[63] = 0x89;
+    c[64] = 0xAA;
+    EXPECT_EQ(4, pkcs12_check_algorithm(c.data() + 60));
 }
 
 TEST(Pkcs12Checks, AlgorithmAcceptsOptionalKeyLengthAndOtherSalt) {
