@@ -55,15 +55,17 @@ typedef uint32_t u32x4 __attribute__((vector_size(16)));
 typedef int32_t i32x4 __attribute__((vector_size(16)));
 
 // S and P: word i of P(S(x)) has as byte j the substitute of byte i of word j.
-// The result is split into 32-bit halves, lo[i] and hi[i], for the L pass.
-inline void sp_halves(const Block& x, uint32_t lo[8], uint32_t hi[8]) {
+// The word is split into 32-bit halves, lo and hi, for the L pass.
+inline void sp_word(const Block& x, int i, uint32_t& lo, uint32_t& hi) {
     const unsigned char* b = reinterpret_cast<const unsigned char*>(x.w);
-    for (int i = 0; i < 8; ++i) {
-        lo[i] = static_cast<uint32_t>(streebog_pi[b[i]]) | static_cast<uint32_t>(streebog_pi[b[8 + i]]) << 8 |
-                static_cast<uint32_t>(streebog_pi[b[16 + i]]) << 16 | static_cast<uint32_t>(streebog_pi[b[24 + i]]) << 24;
-        hi[i] = static_cast<uint32_t>(streebog_pi[b[32 + i]]) | static_cast<uint32_t>(streebog_pi[b[40 + i]]) << 8 |
-                static_cast<uint32_t>(streebog_pi[b[48 + i]]) << 16 | static_cast<uint32_t>(streebog_pi[b[56 + i]]) << 24;
-    }
+    lo = static_cast<uint32_t>(streebog_pi[b[i]]) | static_cast<uint32_t>(streebog_pi[b[8 + i]]) << 8 |
+         static_cast<uint32_t>(streebog_pi[b[16 + i]]) << 16 | static_cast<uint32_t>(streebog_pi[b[24 + i]]) << 24;
+    hi = static_cast<uint32_t>(streebog_pi[b[32 + i]]) | static_cast<uint32_t>(streebog_pi[b[40 + i]]) << 8 |
+         static_cast<uint32_t>(streebog_pi[b[48 + i]]) << 16 | static_cast<uint32_t>(streebog_pi[b[56 + i]]) << 24;
+}
+
+inline void sp_halves(const Block& x, uint32_t lo[8], uint32_t hi[8]) {
+    for (int i = 0; i < 8; ++i) sp_word(x, i, lo[i], hi[i]);
 }
 
 // Thirty-two rows of A, starting at rows, against the halves in src: row r
@@ -94,17 +96,18 @@ __attribute__((always_inline)) inline void rows32(const uint64_t* rows, u32x4 (&
 typedef uint32_t u32x8 __attribute__((vector_size(32)));
 typedef int32_t i32x8 __attribute__((vector_size(32)));
 
-// The same thirty-two rows with eight lanes (AVX2): a vector holds the
-// matching halves of all eight words, so one pass over the rows covers the
-// whole value. The row halves are broadcast straight from the table.
-// Row k as its low and high 32-bit halves, words 2k and 2k + 1.
+// The rows with eight lanes (AVX2): a vector holds the matching halves of
+// all eight words, so one pass over the rows covers the whole value. Takes
+// Rows consecutive rows of A, from rows on, against the halves in src; the
+// row halves are broadcast straight from the table (32-bit words 2k and
+// 2k + 1 for row k).
 typedef uint32_t row_half __attribute__((may_alias));
 
-template <int Count>
-__attribute__((always_inline)) inline void rows32_x8(const row_half* rows, u32x8 (&src)[Count], u32x8 (&acc)[Count][2]) {
+template <int Count, int Rows>
+__attribute__((always_inline)) inline void rows_x8(const row_half* rows, u32x8 (&src)[Count], u32x8 (&acc)[Count][2]) {
 #pragma GCC unroll 4
-    for (int k = 0; k < 32; ++k) {
-        // Each half is broadcast straight from memory (one load, no shuffle).
+    for (int k = 0; k < Rows; ++k) {
+        // One load each, no shuffle.
         const u32x8 al = u32x8{} + rows[2 * k], ah = u32x8{} + rows[2 * k + 1];
 #pragma GCC unroll 2
         for (int n = 0; n < Count; ++n) {
@@ -116,6 +119,39 @@ __attribute__((always_inline)) inline void rows32_x8(const row_half* rows, u32x8
     }
 }
 
+// The 64-bit words of an eight-lane result from its low and high halves.
+__attribute__((always_inline)) inline void join_x8(const u32x8& lo, const u32x8& hi, Block& out) {
+    const u32x8 w03 = __builtin_shuffle(lo, hi, u32x8{0, 8, 1, 9, 2, 10, 3, 11});
+    const u32x8 w47 = __builtin_shuffle(lo, hi, u32x8{4, 12, 5, 13, 6, 14, 7, 15});
+    __builtin_memcpy(out.w, &w03, 32);
+    __builtin_memcpy(out.w + 4, &w47, 32);
+}
+
+// The rows through an opaque pointer, so that the compiler keeps the
+// 512-byte table instead of materialising broadcast copies.
+inline const uint64_t* rows_of_a() {
+    const uint64_t* rows = streebog_A;
+    __asm__("" : "+r"(rows));
+    return rows;
+}
+
+// out := L of the value given as halves (eight lanes), while S and P of an
+// independent value, side, are worked out beside it a word per eight rows:
+// the table look-ups use the scalar ports while the rows use the vector ones.
+__attribute__((always_inline)) inline void l_beside_sp(const uint32_t lo[8], const uint32_t hi[8], Block& out,
+                                                       const Block& side, uint32_t side_lo[8], uint32_t side_hi[8]) {
+    const row_half* rows = reinterpret_cast<const row_half*>(rows_of_a());
+    u32x8 src[1], acc[1][2] = {{u32x8{}, u32x8{}}};
+    __builtin_memcpy(&src[0], hi, 32);
+#pragma GCC unroll 8
+    for (int i = 0; i < 8; ++i) {
+        if (i == 4) __builtin_memcpy(&src[0], lo, 32);  // rows 32..63 meet the low halves
+        rows_x8<1, 8>(rows + 16 * i, src, acc);
+        sp_word(side, i, side_lo[i], side_hi[i]);
+    }
+    join_x8(acc[0][0], acc[0][1], out);
+}
+
 // L on Count values given as 32-bit halves: out[n] word i := L(hi[n][i]:lo[n][i]).
 // With four lanes (Wide false, SSE2) words 0..3 and 4..7 are done in two
 // passes, which keeps everything in registers; with eight lanes (Wide true,
@@ -123,10 +159,7 @@ __attribute__((always_inline)) inline void rows32_x8(const row_half* rows, u32x8
 template <bool Wide, int Count>
 __attribute__((always_inline)) inline void l_pass(const uint32_t (*lo)[8], const uint32_t (*hi)[8],
                                                   Block* const out[Count]) {
-    // The rows are read through an opaque pointer so that the compiler
-    // keeps the 512-byte table instead of materialising broadcast copies.
-    const uint64_t* rows = streebog_A;
-    __asm__("" : "+r"(rows));
+    const uint64_t* rows = rows_of_a();
     if constexpr (Wide) {
         u32x8 src[Count];
         u32x8 acc[Count][2];
@@ -137,17 +170,12 @@ __attribute__((always_inline)) inline void l_pass(const uint32_t (*lo)[8], const
             acc[n][1] = u32x8{};
         }
         const row_half* halves = reinterpret_cast<const row_half*>(rows);
-        rows32_x8<Count>(halves, src, acc);  // rows 0..31 meet the high halves
+        rows_x8<Count, 32>(halves, src, acc);  // rows 0..31 meet the high halves
 #pragma GCC unroll 2
         for (int n = 0; n < Count; ++n) __builtin_memcpy(&src[n], lo[n], 32);
-        rows32_x8<Count>(halves + 64, src, acc);
+        rows_x8<Count, 32>(halves + 64, src, acc);
 #pragma GCC unroll 2
-        for (int n = 0; n < Count; ++n) {
-            const u32x8 w03 = __builtin_shuffle(acc[n][0], acc[n][1], u32x8{0, 8, 1, 9, 2, 10, 3, 11});
-            const u32x8 w47 = __builtin_shuffle(acc[n][0], acc[n][1], u32x8{4, 12, 5, 13, 6, 14, 7, 15});
-            __builtin_memcpy(out[n]->w, &w03, 32);
-            __builtin_memcpy(out[n]->w + 4, &w47, 32);
-        }
+        for (int n = 0; n < Count; ++n) join_x8(acc[n][0], acc[n][1], *out[n]);
     } else {
         for (int g = 0; g < 2; ++g) {
             u32x4 src[Count];
@@ -199,15 +227,35 @@ inline void key_step(Block& K, int i) {
 template <bool Wide>
 __attribute__((always_inline)) inline void encrypt(Block& s, Block& K, const Block& m) {
     xor_to(s, K, m);
-    for (int i = 0; i < 12; ++i) {
-        Block c, t;
-        load(c, streebog_C[i]);
-        xor_to(t, K, c);
-        // The state's LPS and the next round key do not depend on each other.
-        const Block* in[2] = {&s, &t};
-        Block* out[2] = {&s, &K};
-        lps<Wide, 2>(in, out);
-        xor_to(s, s, K);
+    if constexpr (Wide) {
+        // The key schedule and the state are two chains of LPS; their L
+        // passes alternate, each with the S and P of the other chain beside
+        // it. ks/ss hold S and P of the next key and state inputs.
+        alignas(32) uint32_t ks_lo[8], ks_hi[8], ss_lo[8], ss_hi[8];
+        Block t;
+        load(t, streebog_C[0]);
+        xor_to(t, K, t);
+        sp_halves(t, ks_lo, ks_hi);
+        for (int i = 0; i < 12; ++i) {
+            l_beside_sp(ks_lo, ks_hi, K, s, ss_lo, ss_hi);  // K := round key i + 1
+            if (i < 11) {
+                load(t, streebog_C[i + 1]);
+                xor_to(t, K, t);
+            }
+            l_beside_sp(ss_lo, ss_hi, s, t, ks_lo, ks_hi);  // the last look-ups are spare
+            xor_to(s, s, K);
+        }
+    } else {
+        for (int i = 0; i < 12; ++i) {
+            Block c, t;
+            load(c, streebog_C[i]);
+            xor_to(t, K, c);
+            // The state's LPS and the next round key do not depend on each other.
+            const Block* in[2] = {&s, &t};
+            Block* out[2] = {&s, &K};
+            lps<Wide, 2>(in, out);
+            xor_to(s, s, K);
+        }
     }
 }
 
