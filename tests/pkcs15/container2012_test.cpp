@@ -29,8 +29,6 @@ class Container2012 : public ::testing::TestWithParam<unsigned char> {
         Der k = children(c, objs).at(1);
         return Bytes(c.begin() + k.at, c.begin() + k.end());
     }
-    // Position of the password header's salt value: token version + 32.
-    static size_t salt_at(Bytes& c) { return pkcs15_get_pkcs15content(c.data()) - c.data() + 29; }
 };
 
 TEST_P(Container2012, SizesAndRoundTrip) {
@@ -68,37 +66,69 @@ TEST_P(Container2012, WrongPasswordIsNotDetectedByReaders) {
     EXPECT_EQ(c, before);
 }
 
-TEST_P(Container2012, StoredIterationCountIsHonoured) {
-    Bytes c = make_2012(GetParam());
-    size_t count = salt_at(c) + 32;
-    ASSERT_EQ(to_hex(&c[count], 4), "020207d0");
-    c[count + 2] = 0x03, c[count + 3] = 0xE8;  // 1000
-    // Expected: the key opened by hand with a 1000-iteration KEK.
-    type_uN<32> kek = kek_of(true, password(), &c[salt_at(c)], 1000);
-    Der a2;
-    {
-        auto objs = children(c, der(c, pkcs15_get_pkcs15content(c.data()) - c.data() + 80));
-        auto bb = children(c, children(c, children(c, objs.at(1)).at(0)).at(0));
-        a2 = children(c, bb.back()).at(0);  // attributes, then A1 { A2 }
+// Removes the token's password info element [0] (80 octets) and shortens the
+// five enclosing lengths (all in the 0x82 form) to match.
+Bytes without_password_info(const Bytes& c) {
+    size_t tok = pkcs15_get_pkcs15content(const_cast<unsigned char*>(c.data())) - c.data();
+    Der kmi = der(c, tok);
+    size_t cut = kmi.end() - kmi.at;
+    Bytes d(c.begin(), c.begin() + kmi.at);
+    d.insert(d.end(), c.begin() + kmi.end(), c.end());
+    // outer SEQUENCE, content SEQUENCE, [0], OCTET STRING, token SEQUENCE:
+    // all in front of the cut, so found in the original.
+    Der content = children(c, der(c, 0)).at(4);
+    Der a0 = children(c, content).at(1);
+    const size_t heads[] = {0, content.at, a0.at, a0.value(), der(c, a0.value()).value()};
+    for (size_t h : heads) {
+        EXPECT_EQ(d[h + 1], 0x82);
+        unsigned len = (d[h + 2] << 8 | d[h + 3]) - (unsigned)cut;
+        d[h + 2] = (unsigned char)(len >> 8), d[h + 3] = (unsigned char)len;
     }
-    pkcs15_CEK_t w = pkcs15_get_pkcs15_CEK(c.data() + a2.value() + 3);
-    type_uN<32> cek = key32(w.ptr[PKCS15_CEK_ENC] + 2);
-    GOST_28147_89_R_ECB(cek.b, 32, &kek, 7);
-    pkcs15_data_t d = pkcs15_get_pkcs15_data(c.data() + a2.value() + 96);
-    ASSERT_NE(d.content, nullptr);
-    Der enc = der(c, d.content - c.data());
-    Bytes plain(c.begin() + enc.value(), c.begin() + enc.end());
-    type_u64 iv;
-    std::memcpy(&iv, d.iv + 2, 8);
-    GOST_28147_89_R_CFB(plain.data(), (unsigned)plain.size(), &cek, &iv, 7);
-    TSecretKey out;
-    EXPECT_EQ(get_key(c, &out), 0u);
-    EXPECT_EQ(to_hex(out.b, plain.size() - 2), to_hex(plain.data() + 2, plain.size() - 2));
-    EXPECT_NE(to_hex(out.b, 64), expected_key(GetParam()));
-    // A zero count is malformed.
-    c[count + 2] = 0, c[count + 3] = 0;
-    EXPECT_EQ(get_key(c, &out), 30u);
-    EXPECT_EQ(to_hex(out.b, 64), std::string(128, '0')) << "the key record is cleared first";
+    return d;
+}
+
+// The KEK comes from the stored password info: its salt (32 octets) and its
+// iteration count, honoured as stored; without the info the KEK is zero.
+TEST_P(Container2012, KekFromPasswordInfo) {
+    Bytes good = make_2012(GetParam());
+    size_t salt = salt_at(good), count = salt + 32;
+    ASSERT_EQ(to_hex(&good[count], 4), "020207d0");
+    type_uN<32> zero{};
+    struct Case {
+        const char* what;
+        size_t at;
+        unsigned char v;
+        int kek;  // -1: result 30; 0: zero KEK; n: n iterations
+    };
+    const Case cases[] = {
+        {"count 1000", count + 2, 0x03, 1000},  // with 0xE8 below: 0x03E8
+        {"count 0", count + 2, 0x00, -1},
+        {"salt of 31 octets", salt - 1, 0x1F, -1},
+        {"no password info", 0, 0, 0},
+    };
+    for (const Case& k : cases) {
+        Bytes c = good;
+        if (k.kek == 0) c = without_password_info(good);
+        else c[k.at] = k.v;
+        if (k.kek == 1000) c[count + 3] = 0xE8;
+        if (k.kek == -1 && k.at == count + 2) c[count + 3] = 0;
+        TSecretKey out;
+        std::memset(out.b, 0xCC, 64);
+        unsigned rc = get_key(c, &out);
+        if (k.kek < 0) {
+            EXPECT_EQ(rc, 30u) << k.what;
+            EXPECT_EQ(to_hex(out.b, 64), std::string(128, '0')) << k.what << ": the key record is cleared first";
+            continue;
+        }
+        EXPECT_EQ(rc, 0u) << k.what;
+        type_uN<32> kek = k.kek == 0 ? zero : kek_of(true, password(), &c[salt], (unsigned short)k.kek);
+        Bytes want = open_by_hand(c, 1, kek, 7);
+        EXPECT_EQ(to_hex(out.b, want.size()), to_hex(want)) << k.what;
+        EXPECT_NE(to_hex(out.b, 64), expected_key(GetParam())) << k.what;
+        Bytes rnd(40);
+        EXPECT_EQ(get_rnd(c, rnd.data()), 0u) << k.what;
+        EXPECT_EQ(to_hex(rnd), to_hex(open_by_hand(c, 0, kek, 7))) << k.what;
+    }
 }
 
 TEST_P(Container2012, UpdateRenewsRandomObjectAndMacKey) {

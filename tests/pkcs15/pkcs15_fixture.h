@@ -73,22 +73,31 @@ inline bool unwrap(const unsigned char* ukm, const unsigned char* enc, const uns
     return !GOST_28147_89_Key_Unwrap(w, 0, &kek, &cek, sbox);
 }
 
+// Value positions of the one KEK recipient of a recipient SET:
+// SET { [2] { INTEGER 4, kekid, alg { OID, params { OID, UKM } }, OCTET STRING { SEQ { enc, mac } } } }
+struct Recipient {
+    size_t ukm = 0, wrapped = 0, wrap_mac = 0;
+};
+inline Recipient recipient(const Bytes& c, const Der& set) {
+    Recipient r;
+    auto kekri = children(c, children(c, set).at(0));
+    r.ukm = children(c, children(c, kekri.at(2)).at(1)).at(1).value();
+    auto wrapped = children(c, children(c, kekri.at(3)).at(0));
+    r.wrapped = wrapped.at(0).value();
+    r.wrap_mac = wrapped.at(1).value();
+    return r;
+}
+
 // Parts of an AuthenticatedData as found by walking it.
-struct AdParts {
+struct AdParts : Recipient {
     Der recipients, content_os, attrs, mac;
-    size_t ukm = 0, wrapped = 0, wrap_mac = 0, digest = 0;
+    size_t digest = 0;
 };
 inline AdParts ad_parts(const Bytes& c) {
     AdParts p;
     auto top = children(c, der(c, 0));
     p.recipients = top.at(1);
-    // SET { [2] { INTEGER 4, kekid, alg { OID, params { OID, UKM } }, OCTET STRING { SEQ { enc, mac } } } }
-    auto kekri = children(c, children(c, p.recipients).at(0));
-    auto params = children(c, children(c, kekri.at(2)).at(1));
-    p.ukm = params.at(1).value();
-    auto wrapped = children(c, children(c, kekri.at(3)).at(0));
-    p.wrapped = wrapped.at(0).value();
-    p.wrap_mac = wrapped.at(1).value();
+    static_cast<Recipient&>(p) = recipient(c, p.recipients);
     size_t i = 3;
     if (top.at(i).tag == 0xA1) ++i;
     auto encap = children(c, top.at(i));
@@ -98,6 +107,48 @@ inline AdParts ad_parts(const Bytes& c) {
     auto md = children(c, children(c, p.attrs).at(1));
     p.digest = children(c, md.at(1)).at(0).value();
     return p;
+}
+
+// Token parts: the salt value and the enveloped objects (0 the random
+// object, 1 the key object), found by walking from the token's version.
+inline size_t salt_at(const Bytes& c) {
+    size_t tok = pkcs15_get_pkcs15content(const_cast<unsigned char*>(c.data())) - c.data();
+    // [0] { SEQ { keyid, [0] { SEQ { OID, SEQ { salt, ...
+    auto info = children(c, children(c, der(c, tok)).at(0));
+    auto pbkdf2 = children(c, children(c, children(c, info.at(1)).at(0)).at(1));
+    return pbkdf2.at(0).value();
+}
+struct ObjParts : Recipient {
+    size_t iv = 0;
+    Der content;  // encrypted OCTET STRING element, tag 0x80
+};
+inline ObjParts object_parts(const Bytes& c, int which) {
+    size_t tok = pkcs15_get_pkcs15content(const_cast<unsigned char*>(c.data())) - c.data();
+    Der objects = der(c, tok);  // behind the password info [0], when present
+    if (objects.tag == 0xA0) objects = der(c, objects.end());
+    // t1 { t2 { t3 { attributes, A1 { A2 { version, SET, info } } } } }
+    Der o = children(c, objects).at(which);
+    Der a1 = children(c, children(c, children(c, o).at(0)).at(0)).back();
+    auto body = children(c, children(c, a1).at(0));
+    ObjParts p;
+    static_cast<Recipient&>(p) = recipient(c, body.at(1));
+    auto info = children(c, body.at(2));  // id-data, alg { OID, { IV, set } }, [0]
+    p.iv = children(c, children(c, info.at(1)).at(1)).at(0).value();
+    p.content = info.at(2);
+    return p;
+}
+
+// Opens an object by hand under kek, without the MAC check: the octets
+// behind the 2-octet header of the decrypted OCTET STRING.
+inline Bytes open_by_hand(const Bytes& c, int which, type_uN<32> kek, unsigned char sbox) {
+    ObjParts p = object_parts(c, which);
+    type_uN<32> cek = key32(&c[p.wrapped]);
+    GOST_28147_89_R_ECB(cek.b, 32, &kek, sbox);
+    Bytes plain(c.begin() + p.content.value(), c.begin() + p.content.end());
+    type_u64 iv;
+    std::memcpy(&iv, &c[p.iv], 8);
+    GOST_28147_89_R_CFB(plain.data(), (unsigned)plain.size(), &cek, &iv, sbox);
+    return Bytes(plain.begin() + 2, plain.end());
 }
 
 inline Bytes digest(bool g2012, const unsigned char* data, size_t len) {
