@@ -8,15 +8,6 @@
 namespace {
 // Limit of the reader and of the length skip: the octet count is one byte.
 constexpr unsigned kMaxNumberOctets = 255;
-
-// Element access without a known buffer end: only the length octets are bounded.
-unsigned char* block_content(unsigned char* buf, unsigned short offset) {
-    unsigned char* el = buf + offset;
-    if (!kx::p12::accepted_tag(el[0])) return nullptr;
-    unsigned n = kx::p12::number_octets(el + 1, kMaxNumberOctets);
-    if (n == 0) n = kMaxNumberOctets;
-    return el + 1 + n;
-}
 }  // namespace
 
 // Two-octet values go up to 16512 rather than 16383: for 16384..16512 the
@@ -52,6 +43,17 @@ KORVEX_API unsigned int pkcs12_ber_decode(unsigned char** p) {
     *p += n;
     return v;
 }
+
+namespace {
+// Element access without a known buffer end: the length octets are stepped
+// over as the reader above reads them, at most 255.
+unsigned char* block_content(unsigned char* buf, unsigned short offset) {
+    unsigned char* p = buf + offset;
+    if (!kx::p12::accepted_tag(*p++)) return nullptr;
+    pkcs12_ber_decode(&p);
+    return p;
+}
+}  // namespace
 
 KORVEX_API void pkcs12_copy_data(unsigned char* dst, unsigned char* src, unsigned short len) {
     for (unsigned i = 0; i < len; ++i) dst[i] = src[i];
