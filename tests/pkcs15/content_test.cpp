@@ -89,16 +89,37 @@ TEST_P(Builders, EnvelopeOpensIndependently) {
     }
 }
 
-TEST_P(Builders, FreshRandomnessPerEnvelope) {
+// Random octets are drawn in a fixed order: creation takes the salt, then
+// for each object (the random value first) a CEK and a block whose octets
+// 0..7 are the IV and 8..15 the UKM, then the AuthenticatedData's block (UKM
+// in octets 0..7) and its MAC key.
+TEST_P(Builders, RandomDrawOrder) {
     const Gen& g = GetParam();
-    type_uN<32> kek = key32(Rng(5).bytes(32).data());
-    Bytes data(32, 0x11), a(g.envelope(nullptr, 32, &kek, 0, nullptr)), b(a.size());
-    g.envelope(data.data(), 32, &kek, 0, a.data());
-    g.envelope(data.data(), 32, &kek, 0, b.data());
-    EXPECT_NE(a, b);
-    // Same templates, different UKM, CEK and IV.
-    EXPECT_TRUE(std::equal(a.begin(), a.begin() + g.ukm_at, b.begin()));
-    EXPECT_FALSE(std::equal(a.begin() + g.ukm_at, a.begin() + g.ukm_at + 8, b.begin() + g.ukm_at));
+    seed(31);
+    std::vector<Bytes> d;
+    for (int i = 0; i < 7; ++i) {
+        type_uN<32> b;
+        ASSERT_EQ(PRNG_get(&b), 0u);
+        d.emplace_back(b.b, b.b + 32);
+    }
+    seed(31);
+    Bytes c = g.g2012 ? make_2012(1, 0x80) : make_2001(0x80);
+    ASSERT_FALSE(c.empty());
+    size_t salt = salt_at(c);
+    EXPECT_EQ(to_hex(&c[salt], 32), to_hex(d[0]));
+    type_uN<32> kek = kek_of(g.g2012, password(), &c[salt]);
+    auto wrapped = [&](const Recipient& r, const Bytes& key, const Bytes& block, unsigned ukm_at, const char* what) {
+        type_uN<32> k;
+        EXPECT_TRUE(unwrap(&c[r.ukm], &c[r.wrapped], &c[r.wrap_mac], kek, g.sbox, k)) << what;
+        EXPECT_EQ(to_hex(k.b, 32), to_hex(key)) << what;
+        EXPECT_EQ(to_hex(&c[r.ukm], 8), to_hex(&block[ukm_at], 8)) << what;
+    };
+    for (int o = 0; o < 2; ++o) {
+        ObjParts p = object_parts(c, o);
+        wrapped(p, d[1 + 2 * o], d[2 + 2 * o], 8, o ? "key object" : "random object");
+        EXPECT_EQ(to_hex(&c[p.iv], 8), to_hex(&d[2 + 2 * o][0], 8)) << o;
+    }
+    wrapped(ad_parts(c), d[6], d[5], 0, "AuthenticatedData");
 }
 
 TEST_P(Builders, UnseededGeneratorGivesZero) {
