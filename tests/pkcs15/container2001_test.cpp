@@ -1,6 +1,8 @@
 // The 2001 PKCS#15 container: fixed layout, usage flags, readers, update.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "pkcs15/pkcs15_fixture.h"
 
 namespace kt {
@@ -210,6 +212,18 @@ TEST_F(Container2001, UpdateRenewsAndKeepsKey) {
         unsigned s = c.size() == 787 ? 1 : 0;
         for (int round = 0; round < 2; ++round) {
             Bytes prev = c;
+            // The blocks the update will draw, to find them in the container.
+            seed(41 + round);
+            std::vector<std::string> drawn;
+            for (int i = 0; i < 8; ++i) {
+                type_uN<32> b;
+                PRNG_get(&b);
+                drawn.push_back(to_hex(b.b, 32));
+            }
+            auto was_drawn = [&](const unsigned char* p) {
+                return std::find(drawn.begin(), drawn.end(), to_hex(p, 32)) != drawn.end();
+            };
+            seed(41 + round);
             ASSERT_EQ(update(c, password()), 0u);
             ASSERT_EQ(c.size(), before.size());
             // Fresh MAC key, CEKs, IVs and UKMs; salt and structure unchanged.
@@ -220,13 +234,22 @@ TEST_F(Container2001, UpdateRenewsAndKeepsKey) {
             type_uN<32> out;
             EXPECT_EQ(get_key(c, &out, password()), 0u);
             EXPECT_EQ(to_hex(out.b, 32), to_hex(sample_key().b, 32));
-            // The random value: first 32 octets fresh, its first word one
-            // above the drawn value, last 8 kept.
-            Bytes rnd(40), old(40);
+            // The random value: first 32 octets a drawn block whose first
+            // 32-bit word (little-endian) is counted up by one, last 8 kept.
+            Bytes rnd(40);
             EXPECT_EQ(get_rnd(c, rnd.data(), password()), 0u);
-            EXPECT_EQ(get_rnd(prev, old.data(), password()), 0u);
-            EXPECT_NE(to_hex(&rnd[0], 32), to_hex(&old[0], 32));
+            EXPECT_FALSE(was_drawn(rnd.data()));
+            uint32_t w = rnd[0] | rnd[1] << 8 | rnd[2] << 16 | (uint32_t)rnd[3] << 24;
+            w -= 1;
+            for (int i = 0; i < 4; ++i) rnd[i] = (unsigned char)(w >> 8 * i);
+            EXPECT_TRUE(was_drawn(rnd.data())) << to_hex(rnd);
             EXPECT_EQ(to_hex(&rnd[32], 8), to_hex(&sample_rnd()[32], 8));
+            // Both CEKs and the MAC key are drawn blocks.
+            type_uN<32> kek = kek_of(false, password(), &c[178]), k;
+            for (const Recipient& r : {Recipient(object_parts(c, 0)), Recipient(object_parts(c, 1)), Recipient(ad_parts(c))}) {
+                ASSERT_TRUE(unwrap(&c[r.ukm], &c[r.wrapped], &c[r.wrap_mac], kek, 2, k));
+                EXPECT_TRUE(was_drawn(k.b)) << r.wrapped;
+            }
             // Digest and HMAC recomputed. The update digests 532 + s octets
             // from 142 + s: the token (at 142 in both sizes) for 786 octets,
             // a range shifted by one octet for 787.
