@@ -92,10 +92,9 @@ KORVEX_API unsigned char pkcs12_check_algorithm(unsigned char* p) {
     static constexpr unsigned char kPbkdf2[2] = {0x05, 0x0C};
     static constexpr unsigned char kHmac94[1] = {0x0A};
     static constexpr unsigned char kGost89[1] = {0x15};
-    // The identifier sits at offset 60 of a 372-byte container: it cannot
-    // extend further than that, whatever its length octets claim.
-    // Like the header check, the SEQUENCE lengths are stepped over, not
-    // compared: only tags, skipped elements and OIDs decide.
+    // The identifier sits at offset 60 of a 372-byte container: the walk
+    // stops at the container's end whatever the length octets claim. As in
+    // the header check, SEQUENCE lengths are stepped over, not compared.
     Cursor c{p, p + (kSize - 60)};
     if (!enter(c, 0x30)) return 5;
     unsigned char r;
