@@ -178,29 +178,43 @@ TEST_F(Container2001, WrongPassword) {
     }
 }
 
-TEST_F(Container2001, NotAContainer) {
+// What the 2001 readers check: the first tag, that the first child is an
+// INTEGER (of any value) and that the outer length covers their offsets.
+// Neither the versions nor the AuthenticatedData are looked at; the content
+// getter, which walks the DER, wants both versions 0.
+TEST_F(Container2001, WhatTheReadersCheck) {
     Bytes c = make_2001(0x80);
     type_uN<32> out;
     Bytes rnd(40);
     struct Case {
+        const char* what;
         size_t at;
-        unsigned char v;
+        unsigned char v;  // new octet; 0 flips all bits
         unsigned key, rnd, upd;
+        bool content;
     };
     const Case cases[] = {
-        {0, 0x31, 30, 30, 30},   // first tag
-        {4, 0x04, 30, 30, 30},   // no leading INTEGER
-        {3, 0xF0, 30, 0, 30},    // outer length cut to 0x1F0 (below)
+        {"first tag", 0, 0x31, 30, 30, 30, false},
+        {"no leading INTEGER", 4, 0x04, 30, 30, 30, false},
+        {"outer length 0x1F0", 3, 0xF0, 30, 0, 30, false},  // covers the random object (to 454), not the key (674)
+        {"AuthenticatedData version 1", 6, 0x01, 0, 0, 0, false},
+        {"token version 1", 148, 0x01, 0, 0, 0, false},
+        {"messageDigest value", 720, 0, 0, 0, 0, true},
+        {"AuthenticatedData MAC", 760, 0, 0, 0, 0, true},
+        {"wrapped MAC key", 60, 0, 0, 0, 0, true},
     };
     for (const Case& k : cases) {
         Bytes d = c;
         d.resize(d.size() + 0x100, 0);
-        d[k.at] = k.v;
-        if (k.at == 3) d[2] = 0x01;  // 504 octets: the random object (to 454) but not the key (to 674)
-        EXPECT_EQ(pkcs15_get_key(d.data(), &out, password().data(), 11), k.key);
-        EXPECT_EQ(pkcs15_get_key_no_pass_chek(d.data(), &out, password().data(), 11), k.key);
-        EXPECT_EQ(pkcs15_get_rnd(d.data(), rnd.data(), password().data(), 11), k.rnd);
-        EXPECT_EQ(pkcs15_update(d.data(), password().data(), 11), k.upd);
+        d[k.at] = k.v ? k.v : d[k.at] ^ 0xFF;
+        if (k.at == 3) d[2] = 0x01;
+        EXPECT_EQ(pkcs15_get_pkcs15content(d.data()) != nullptr, k.content) << k.what;
+        std::memset(out.b, 0, 32);
+        EXPECT_EQ(pkcs15_get_key(d.data(), &out, password().data(), 11), k.key) << k.what;
+        if (k.key == 0) EXPECT_EQ(to_hex(out.b, 32), to_hex(sample_key().b, 32)) << k.what;
+        EXPECT_EQ(pkcs15_get_key_no_pass_chek(d.data(), &out, password().data(), 11), k.key) << k.what;
+        EXPECT_EQ(pkcs15_get_rnd(d.data(), rnd.data(), password().data(), 11), k.rnd) << k.what;
+        EXPECT_EQ(pkcs15_update(d.data(), password().data(), 11), k.upd) << k.what;
     }
     EXPECT_EQ(pkcs15_get_pkcs15content(nullptr), nullptr);
     EXPECT_EQ(pkcs15_get_version(Bytes{0x04, 0x00}.data()), 0u);
