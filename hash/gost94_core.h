@@ -7,37 +7,21 @@
 
 #include "cipher/gost89_core.h"
 #include "encoding/bytes.h"
+#include "hash/words.h"
 
 namespace kx {
 namespace gost94 {
 
-struct V256 {
-    uint64_t w[4];
-};
-
-inline void load(V256& v, const void* p) {
-    const unsigned char* s = static_cast<const unsigned char*>(p);
-    for (int i = 0; i < 4; ++i) v.w[i] = load64(s + 8 * i);
-}
-
-inline void store(void* p, const V256& v) {
-    unsigned char* d = static_cast<unsigned char*>(p);
-    for (int i = 0; i < 4; ++i) store64(d + 8 * i, v.w[i]);
-}
+typedef words::Words<4> V256;
+using words::load;
+using words::store;
 
 inline V256 vxor(const V256& a, const V256& b) {
     return V256{{a.w[0] ^ b.w[0], a.w[1] ^ b.w[1], a.w[2] ^ b.w[2], a.w[3] ^ b.w[3]}};
 }
 
 // a := a + b mod 2^256.
-inline void add(V256& a, const V256& b) {
-    unsigned carry = 0;
-    for (int i = 0; i < 4; ++i) {
-        unsigned __int128 s = static_cast<unsigned __int128>(a.w[i]) + b.w[i] + carry;
-        a.w[i] = static_cast<uint64_t>(s);
-        carry = static_cast<unsigned>(s >> 64);
-    }
-}
+inline void add(V256& a, const V256& b) { words::add_to(a, a, b); }
 
 // C3 of the standard as stored, byte 0 first:
 // 00 FF 00 FF 00 FF 00 FF  FF 00 FF 00 FF 00 FF 00

@@ -11,37 +11,16 @@
 
 #include "encoding/bytes.h"
 #include "hash/streebog_tables.h"
+#include "hash/words.h"
 
 namespace kx {
 namespace streebog {
 
-struct alignas(16) Block {
-    uint64_t w[8];
-};
-
-inline void load(Block& b, const void* p) {
-    const unsigned char* s = static_cast<const unsigned char*>(p);
-    for (int i = 0; i < 8; ++i) b.w[i] = load64(s + 8 * i);
-}
-
-inline void store(void* p, const Block& b) {
-    unsigned char* d = static_cast<unsigned char*>(p);
-    for (int i = 0; i < 8; ++i) store64(d + 8 * i, b.w[i]);
-}
-
-inline void xor_to(Block& r, const Block& a, const Block& b) {
-    for (int i = 0; i < 8; ++i) r.w[i] = a.w[i] ^ b.w[i];
-}
-
-// r := a + b mod 2^512, words least significant first.
-inline void add_to(Block& r, const Block& a, const Block& b) {
-    unsigned carry = 0;
-    for (int i = 0; i < 8; ++i) {
-        unsigned __int128 s = static_cast<unsigned __int128>(a.w[i]) + b.w[i] + carry;
-        r.w[i] = static_cast<uint64_t>(s);
-        carry = static_cast<unsigned>(s >> 64);
-    }
-}
+typedef words::Words<8> Block;
+using words::add_to;
+using words::load;
+using words::store;
+using words::xor_to;
 
 // r := r + v mod 2^512 for a small v (the bit counter).
 inline void add_small(Block& r, uint64_t v) {
