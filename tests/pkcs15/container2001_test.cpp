@@ -291,7 +291,60 @@ TEST_F(Container2001, UpdateWithUnseededGenerator) {
     seed(11);
 }
 
-TEST_F(Container2001, GettersOnAnEmptyOrForeignElement) {
+// One DER element (test-side writer).
+Bytes tlv(unsigned char tag, const Bytes& v) {
+    Bytes e{tag};
+    if (v.size() >= 128) e.push_back(0x81);
+    e.push_back((unsigned char)v.size());
+    e.insert(e.end(), v.begin(), v.end());
+    return e;
+}
+Bytes cat(std::initializer_list<Bytes> parts) {
+    Bytes r;
+    for (const Bytes& p : parts) r.insert(r.end(), p.begin(), p.end());
+    return r;
+}
+
+// The getters on hand-made elements: what they accept, zero when not found.
+TEST_F(Container2001, GettersOnHandMadeElements) {
+    // [0] { SEQ { key id, [0] { SEQ { PBKDF2 OID, SEQ { salt, count, 32 } } } } }
+    auto kmi = [](const Bytes& salt, const Bytes& count) {
+        Bytes params = tlv(0x30, cat({salt, count, from_hex("020120")}));
+        Bytes alg = tlv(0x30, cat({from_hex("06092A864886F70D01050C"), params}));
+        return tlv(0xA0, tlv(0x30, cat({from_hex("040400000001"), tlv(0xA0, alg)})));
+    };
+    Bytes salt = tlv(0x04, Bytes(32, 0x5A));
+    struct KekCase {
+        const char* what;
+        Bytes element;
+        bool salt;
+        unsigned iterations;
+    };
+    const KekCase kek[] = {
+        {"one-octet count", kmi(salt, from_hex("020164")), true, 100},
+        {"two-octet count", kmi(salt, from_hex("0202FFFF")), true, 65535},
+        {"three-octet count", kmi(salt, from_hex("0203010000")), true, 0},
+        {"count not an INTEGER", kmi(salt, from_hex("040164")), true, 0},
+        {"salt not an OCTET STRING", kmi(tlv(0x03, Bytes(32, 0)), from_hex("020164")), false, 0},
+        {"not [0]", from_hex("3003020101"), false, 0},
+    };
+    for (const KekCase& k : kek) {
+        Bytes e = k.element;
+        pkcs15_KEK_t r = pkcs15_get_pkcs15_KEK(e.data());
+        EXPECT_EQ(r.salt != nullptr, k.salt) << k.what;
+        if (r.salt) EXPECT_EQ(to_hex(r.salt, 34), to_hex(salt)) << k.what;
+        EXPECT_EQ(r.iterations, k.iterations) << k.what;
+    }
+    // Encrypted content info { id-data, alg { OID, { IV, set } }, content }:
+    // the content only when tagged 0x80.
+    Bytes alg = tlv(0x30, cat({from_hex("06062A8503020215"), tlv(0x30, from_hex("0408 0102030405060708 06072A850302021F01"))}));
+    for (unsigned char tag : {0x80, 0xA0, 0x04}) {
+        Bytes info = tlv(0x30, cat({from_hex("06092A864886F70D010701"), alg, tlv(tag, Bytes(10, 1))}));
+        pkcs15_data_t d = pkcs15_get_pkcs15_data(info.data());
+        ASSERT_NE(d.iv, nullptr);
+        EXPECT_EQ(to_hex(d.iv, 10), "04080102030405060708");
+        EXPECT_EQ(d.content, tag == 0x80 ? info.data() + info.size() - 12 : nullptr) << int(tag);
+    }
     Bytes junk = from_hex("3003 020101");
     EXPECT_EQ(pkcs15_get_pkcs15content(junk.data()), nullptr);
     pkcs15_CEK_t k = pkcs15_get_pkcs15_CEK(junk.data());
@@ -299,9 +352,6 @@ TEST_F(Container2001, GettersOnAnEmptyOrForeignElement) {
     pkcs15_data_t d = pkcs15_get_pkcs15_data(junk.data());
     EXPECT_EQ(d.iv, nullptr);
     EXPECT_EQ(d.content, nullptr);
-    pkcs15_KEK_t kek = pkcs15_get_pkcs15_KEK(junk.data());
-    EXPECT_EQ(kek.salt, nullptr);
-    EXPECT_EQ(kek.iterations, 0u);
 }
 
 }  // namespace
