@@ -153,25 +153,29 @@ TEST_P(Container2012, UpdateRenewsRandomObjectAndMacKey) {
     }
 }
 
+// One octet changed: what the update answers, and what the key reader gives
+// (it checks neither the password nor the AuthenticatedData).
 TEST_P(Container2012, UpdateDetectsAlteredContent) {
     Bytes good = make_2012(GetParam());
     AdParts p = ad_parts(good);
+    enum Read { kRight, kWrong, kMalformed };
     struct Case {
         const char* what;
         size_t at;
         unsigned want;
+        Read read;
     };
     const Case cases[] = {
-        {"label of the random object", p.content_os.value() + 100, 31},
-        {"last octet of the encrypted key", p.content_os.end() - 1, 31},
-        {"messageDigest value", p.digest + 5, 31},
-        {"stored MAC", p.mac.value() + 3, 31},
-        {"contentType attribute", p.attrs.value() + 20, 31},
-        {"wrapped MAC key", p.wrapped, 32},
-        {"MAC of the wrapped MAC key", p.wrap_mac, 32},
-        {"UKM of the MAC key wrap", p.ukm, 32},
-        {"outer tag", 0, 30},
-        {"recipient SET tag", p.recipients.at, 30},
+        {"attributes tag of the random object", p.content_os.value() + 100, 31, kRight},
+        {"last octet of the encrypted key", p.content_os.end() - 1, 31, kWrong},
+        {"messageDigest value", p.digest + 5, 31, kRight},
+        {"stored MAC", p.mac.value() + 3, 31, kRight},
+        {"contentType attribute", p.attrs.value() + 20, 31, kRight},
+        {"wrapped MAC key", p.wrapped, 32, kRight},
+        {"MAC of the wrapped MAC key", p.wrap_mac, 32, kRight},
+        {"UKM of the MAC key wrap", p.ukm, 32, kRight},
+        {"outer tag", 0, 30, kMalformed},
+        {"recipient SET tag", p.recipients.at, 30, kRight},
     };
     for (const Case& k : cases) {
         Bytes c = good;
@@ -179,6 +183,10 @@ TEST_P(Container2012, UpdateDetectsAlteredContent) {
         Bytes before = c;
         EXPECT_EQ(update(c), k.want) << k.what;
         EXPECT_EQ(c, before) << k.what;
+        TSecretKey out;
+        EXPECT_EQ(get_key(c, &out), k.read == kMalformed ? 30u : 0u) << k.what;
+        if (k.read != kMalformed)
+            EXPECT_EQ(to_hex(out.b, 64) == expected_key(GetParam()), k.read == kRight) << k.what;
     }
 }
 
