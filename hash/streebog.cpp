@@ -159,14 +159,13 @@ KORVEX_API void GOST_34_11_2012_Transposition(type_uN<64>* x) {
 }
 
 KORVEX_API void GOST_34_11_2012_Mix_Columns(type_uN<64>* x) {
-    alignas(16) uint32_t lo[1][8], hi[1][8];
+    alignas(32) uint32_t lo[8], hi[8];
     for (int i = 0; i < 8; ++i) {
-        lo[0][i] = kx::load32(x->b + 8 * i);
-        hi[0][i] = kx::load32(x->b + 8 * i + 4);
+        lo[i] = kx::load32(x->b + 8 * i);
+        hi[i] = kx::load32(x->b + 8 * i + 4);
     }
     Block r;
-    Block* out[1] = {&r};
-    kx::streebog::l_pass<false, 1>(lo, hi, out);
+    kx::streebog::l_pass<kx::streebog::Sse2>(lo, hi, r);
     kx::streebog::store(x->b, r);
 }
 
@@ -202,7 +201,7 @@ KORVEX_API void GOST_34_11_2012_E(type_uN<64>* state, type_uN<64>* K, type_uN<64
     // Always the SSE2 form: the exported blocks stay on it, so that checking
     // G against E and the other blocks compares the two forms of the L pass
     // on processors with AVX2.
-    kx::streebog::encrypt<false>(s, k, v);
+    kx::streebog::encrypt<kx::streebog::Sse2>(s, k, v);
     kx::streebog::store(state->b, s);
     kx::streebog::store(K->b, k);
 }

@@ -10,10 +10,10 @@ namespace kx {
 namespace streebog {
 namespace {
 
-void compress_sse2(Block& h, const Block& N, const Block& m) { compress_with<false>(h, N, m); }
+void compress_sse2(Block& h, const Block& N, const Block& m) { compress_with<Sse2>(h, N, m); }
 
 __attribute__((target("avx2"))) void compress_avx2(Block& h, const Block& N, const Block& m) {
-    compress_with<true>(h, N, m);
+    compress_with<Avx2>(h, N, m);
 }
 
 // AVX2 needs the CPU flag and the system saving the YMM state (XCR0 bits 1
