@@ -226,8 +226,13 @@ TEST(Container2012Kinds, GenerationsDoNotMix) {
     // The 2012 readers look for a 0xBB key object.
     EXPECT_EQ(pkcs15_get_key_2012(c01.data(), &out, pwd.data(), 11), 30u);
     EXPECT_EQ(pkcs15_update_2012(c01.data(), pwd.data(), 11), 30u);
-    // The 2012 random object is found by its structure in both.
-    EXPECT_EQ(pkcs15_get_rnd_2012(c12.data(), rnd.data(), pwd.data(), 11), 0u);
+    // The random object is found by its structure in both, and a 2001 one
+    // opened with the 2012 algorithms gives other octets.
+    EXPECT_EQ(pkcs15_get_rnd_2012(c01.data(), rnd.data(), pwd.data(), 11), 0u);
+    EXPECT_NE(rnd, sample_rnd());
+    // The 2001 reader takes its fixed offsets in a 2012 container: no match.
+    type_uN<32> k;
+    EXPECT_EQ(pkcs15_get_key(c12.data(), &k, pwd.data(), 11), 32u);
     EXPECT_EQ(pkcs15_get_version(c01.data()), 1u);
     EXPECT_EQ(pkcs15_get_version(c12.data()), 2u);
 }
