@@ -56,8 +56,9 @@ TEST_P(Samples, ReadBack) {
 }
 
 // OpenSSL walked the whole container with asn1parse, derived the KEK with its
-// PBKDF2, digested the token, opened both objects and checked the HMAC (with
-// the attributes' first octet as 0x82); the library's own values agree.
+// PBKDF2, digested the token, opened both objects, computed the key-wrap MACs
+// and checked the HMAC (with the attributes' first octet as 0x82); the
+// library's own values agree.
 TEST_P(Samples, AgreesWithOpenSSL) {
     const Record& r = GetParam();
     bool g2012 = r.at("function") == "2";
@@ -75,6 +76,12 @@ TEST_P(Samples, AgreesWithOpenSSL) {
     EXPECT_EQ(to_hex(&c[ad.attrs.at], ad.attrs.end() - ad.attrs.at), r.at("attrs"));
     EXPECT_EQ(to_hex(&c[ad.mac.value()], ad.mac.len), r.at("stored_mac"));
     EXPECT_EQ(r.at("peer_hmac_82"), r.at("stored_mac"));
+    // The three key-wrap MACs (random object CEK, key object CEK, MAC key)
+    // as OpenSSL's GOST 28147-89 MAC computes them.
+    std::string stored;
+    for (const Recipient& w : {Recipient(object_parts(c, 0)), Recipient(object_parts(c, 1)), Recipient(ad)})
+        stored += to_hex(&c[w.wrap_mac], 4);
+    EXPECT_EQ(stored, r.at("peer_wrap_macs"));
     // The MAC key unwrapped under the peer's KEK checks out (RFC 4357 MAC).
     AdCheck a = check_ad(c, key32(from_hex(r.at("peer_kek")).data()), g2012);
     EXPECT_TRUE(a.key_mac && a.digest && a.hmac_82);

@@ -10,7 +10,11 @@
 #   - the key and the random value opened by OpenSSL alone: CEK unwrapped
 #     by GOST 28147-89 ECB under that KEK, content decrypted in CFB;
 #   - the HMAC of the authenticated attributes, with their first octet taken
-#     as 0x82, under the MAC key unwrapped the same way.
+#     as 0x82, under the MAC key unwrapped the same way;
+#   - the RFC 4357 key-wrap MAC of each wrapped key (random object CEK, key
+#     object CEK, MAC key) by OpenSSL's GOST 28147-89 MAC (gost-mac for
+#     CryptoPro-A, gost-mac-12 for param-Z): that MAC has no IV, so the UKM
+#     is XORed into the first block, which is the same thing.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 root=$(cd "$here/../../.." && pwd)
@@ -63,6 +67,14 @@ def ecb_decrypt(key, data, g2012):
     return b''.join(cipher(['enc', '-d', '-gost89-cbc', '-K', key.hex(), '-iv', '00' * 8, '-nopad'],
                            data[i:i + 8], g2012) for i in range(0, len(data), 8))
 
+def wrap_mac(kek, ukm, key, g2012):
+    data = bytes(x ^ y for x, y in zip(key[:8], ukm)) + key[8:]
+    env = dict(os.environ, CRYPT_PARAMS=PARAMS[g2012])
+    r = subprocess.run(['openssl', 'mac', '-provider', 'gostprov', '-provider', 'default', '-macopt',
+                        'hexkey:' + kek.hex(), '-macopt', 'size:4', 'gost-mac-12' if g2012 else 'gost-mac'],
+                       input=data, capture_output=True, env=env, check=True)
+    return r.stdout.strip().decode().lower()
+
 def recipient(b, set_at):
     # SET { [2] { 4, kekid, alg { OID, params { OID, UKM } }, OCTET STRING { SEQ { enc, mac } } } }
     kekri = children(b, children(b, set_at)[0])
@@ -79,7 +91,7 @@ def open_object(b, a2_at, kek, g2012):
     iv = value(b, children(b, children(b, alg)[1])[0])
     plain = cipher(['enc', '-d', '-gost89', '-K', cek.hex(), '-iv', iv.hex(), '-nopad'], value(b, content), g2012)
     _, v, l = der(plain, 0)
-    return plain[v:v + l]
+    return plain[v:v + l], wrap_mac(kek, ukm, cek, g2012)
 
 recs = [dict(l.split(' = ', 1) for l in block.splitlines()) for block in open(os.path.join(tmp, 'records.txt')).read().strip().split('\n\n')]
 out = ['# Sample PKCS#15 containers with peer results; written by generate.sh.', '']
@@ -126,19 +138,22 @@ for r in recs:
     objects = children(b, tok[2])
     rnd_a1 = children(b, children(b, children(b, objects[0])[0])[0])[-1]
     key_a1 = children(b, children(b, children(b, objects[1])[0])[0])[-1]
-    peer_rnd = open_object(b, children(b, rnd_a1)[0], kek_b, g2012)
-    peer_key = open_object(b, children(b, key_a1)[0], kek_b, g2012)
+    peer_rnd, rnd_mac = open_object(b, children(b, rnd_a1)[0], kek_b, g2012)
+    peer_key, key_mac = open_object(b, children(b, key_a1)[0], kek_b, g2012)
     ukm, enc, mac = recipient(b, top[1])
     mac_key = ecb_decrypt(kek_b, enc, g2012)
+    wrap_macs = rnd_mac + key_mac + wrap_mac(kek_b, ukm, mac_key, g2012)
     sealed = bytes([0x82]) + attrs[1:]
     rc4, hm, e4 = ossl(['dgst'] + prov + ['-' + md, '-mac', 'hmac', '-macopt', 'hexkey:' + mac_key.hex(), '-r'], sealed)
     rec = dict(r)
     rec.update({'peer_key': peer_key.hex(), 'peer_rnd': peer_rnd.hex(), 'peer_hmac_82': hm.split()[0],
+                'peer_wrap_macs': wrap_macs,
                 'stored_mac': value(b, top[6]).hex()})
     rec.update({'container': b.hex(), 'asn1parse': 'complete' if complete else 'FAILED',
                 'peer_kek': kek, 'peer_digest': dg, 'attrs': attrs.hex()})
     for k in ['name', 'function', 'usage', 'kind', 'seed', 'password', 'key', 'rnd', 'asn1parse', 'peer_kek',
-              'peer_digest', 'peer_key', 'peer_rnd', 'peer_hmac_82', 'stored_mac', 'attrs', 'container']:
+              'peer_digest', 'peer_key', 'peer_rnd', 'peer_hmac_82', 'peer_wrap_macs', 'stored_mac', 'attrs',
+              'container']:
         out.append('%s = %s' % (k, rec[k]))
     out.append('')
     print(name, len(b), 'octets, asn1parse', rec['asn1parse'], '| peer opens key', rec['peer_key'] == r['key'],
