@@ -83,7 +83,10 @@ KORVEX_API unsigned int pkcs15_get_rnd_no_pass_chek(unsigned char* container, un
                                                     unsigned char* password, unsigned char passwordLen);
 
 // Renews CEKs, IVs, UKMs, the MAC key and the random value in place, keeping
-// key and password: 0 ok, 30, 32, 33.
+// key and password: 0 ok, 30, 32, 33. The new random value's first 32-bit
+// word (little-endian) is the drawn one plus 1. The AuthenticatedData digest
+// is taken over 532 + s octets from offset 142 + s (s = 1 for 787 octets), so
+// in the 787-octet form it covers a range one octet past the token's start.
 KORVEX_API unsigned int pkcs15_update(unsigned char* container, unsigned char* password, unsigned char passwordLen);
 
 // ---- Getters (both generations) -------------------------------------------
