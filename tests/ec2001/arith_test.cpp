@@ -18,39 +18,33 @@ T pow2(unsigned bit) {
     return r;
 }
 
-TEST(Arith256, AddSubCarryAndBorrow) {
+TEST(Arith256, AddSubCarryBorrowAndAliasing) {
     T r, one = small(1), zero{};
-    EXPECT_EQ(GOST_34_10_2001_add_256_bit(&r, const_cast<T*>(&kMax), &one), 1);
-    EXPECT_EQ(r, zero);
-    EXPECT_EQ(GOST_34_10_2001_sub_256_bit(&r, &zero, &one), 1);
-    EXPECT_EQ(r, kMax);
-    EXPECT_EQ(GOST_34_10_2001_sub_256_bit(&r, &one, &one), 0);
-    EXPECT_EQ(r, zero);
-    // A carry that ripples through every 32-bit limb.
-    T low = u256("ffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffff7f");
-    EXPECT_EQ(GOST_34_10_2001_add_256_bit(&r, &low, &one), 0);
-    EXPECT_EQ(r, pow2(255));
-}
-
-TEST(Arith256, AddSubAgainstPython) {
-    int n = 0;
-    for (auto& rec : kt::load_records("ec2001/arith.txt")) {
-        if (rec["op"] != "addsub") continue;
-        T a = u256(rec["a"]), b = u256(rec["b"]), r;
+    struct Case { T a, b, sum, diff; int carry, borrow; };
+    const Case cases[] = {
+        {kMax, one, zero, u256("fe" + std::string(62, 'f')), 1, 0},
+        {zero, one, one, kMax, 0, 1},
+        {one, one, small(2), zero, 0, 0},
+        // A carry that ripples through every 32-bit limb.
+        {u256(std::string(62, 'f') + "7f"), one, pow2(255), u256("fe" + std::string(60, 'f') + "7f"), 0, 0},
+    };
+    for (auto c : cases) {
+        EXPECT_EQ(GOST_34_10_2001_add_256_bit(&r, &c.a, &c.b), c.carry);
+        EXPECT_EQ(r, c.sum);
+        EXPECT_EQ(GOST_34_10_2001_sub_256_bit(&r, &c.a, &c.b), c.borrow);
+        EXPECT_EQ(r, c.diff);
+    }
+    for (auto& rec : ect::ops("addsub")) {
+        T a = u256(rec["a"]), b = u256(rec["b"]), x = a, y = b;
         EXPECT_EQ(GOST_34_10_2001_add_256_bit(&r, &a, &b), std::stoi(rec["carry"]));
         EXPECT_EQ(ect::hex(r), rec["sum"]);
         EXPECT_EQ(GOST_34_10_2001_sub_256_bit(&r, &a, &b), std::stoi(rec["borrow"]));
         EXPECT_EQ(ect::hex(r), rec["diff"]);
-        // In place, both positions.
-        T x = a;
-        GOST_34_10_2001_add_256_bit(&x, &x, &b);
+        GOST_34_10_2001_add_256_bit(&x, &x, &b);  // in place, both positions
         EXPECT_EQ(ect::hex(x), rec["sum"]);
-        x = b;
-        GOST_34_10_2001_sub_256_bit(&x, &a, &x);
-        EXPECT_EQ(ect::hex(x), rec["diff"]);
-        ++n;
+        GOST_34_10_2001_sub_256_bit(&y, &a, &y);
+        EXPECT_EQ(ect::hex(y), rec["diff"]);
     }
-    EXPECT_GT(n, 10);
 }
 
 TEST(Arith256, Shifts) {
@@ -75,173 +69,119 @@ TEST(Arith256, Shifts) {
     }
 }
 
+// Three-way comparison against b, the zero test and the one test of a.
 TEST(Arith256, ComparisonCodes) {
-    struct Case { T a, b; unsigned char code; };
+    struct Case { T a, b; int cmp, zero, one; };
     const Case cases[] = {
-        {small(5), small(5), 1},
-        {small(6), small(5), 2},
-        {small(5), small(6), 0},
-        {pow2(255), kMax, 0},         // top word decides
-        {pow2(64), small(~0ull), 2},  // word 1 beats word 0
-        {kMax, kMax, 1},
-    };
-    for (const auto& c : cases) {
-        T a = c.a, b = c.b;
-        EXPECT_EQ(GOST_34_10_2001_comparison_256_bit(&a, &b), c.code) << ect::hex(a) << " " << ect::hex(b);
-    }
-    T x = small(9);
-    EXPECT_EQ(GOST_34_10_2001_comparison_256_bit(&x, &x), 1);
-}
-
-TEST(Arith256, ZeroAndOneTests) {
-    struct Case { T a; unsigned char zero, one; };
-    const Case cases[] = {
-        {T{}, 1, 0},
-        {small(1), 2, 1},
-        {small(2), 2, 2},
-        {pow2(64), 2, 2},
-        {pow2(255), 2, 2},
-        {u256("01" + std::string(46, '0') + "01" + std::string(14, '0')), 2, 2},  // 1 + 2^192
+        {T{}, T{}, 1, 1, 0},
+        {small(1), small(2), 0, 2, 1},
+        {small(6), small(5), 2, 2, 2},
+        {pow2(255), kMax, 0, 2, 2},         // top word decides
+        {pow2(64), small(~0ull), 2, 2, 2},  // word 1 beats word 0
+        {u256("01" + std::string(46, '0') + "01" + std::string(14, '0')), kMax, 0, 2, 2},  // 1 + 2^192
+        {kMax, kMax, 1, 2, 2},
     };
     for (auto c : cases) {
-        EXPECT_EQ(GOST_34_10_2001_comparison_256_bit_zero(&c.a), c.zero) << ect::hex(c.a);
-        EXPECT_EQ(GOST_34_10_2001_comparison_256_bit_one(&c.a), c.one) << ect::hex(c.a);
+        SCOPED_TRACE(ect::hex(c.a));
+        EXPECT_EQ(GOST_34_10_2001_comparison_256_bit(&c.a, &c.b), c.cmp);
+        EXPECT_EQ(GOST_34_10_2001_comparison_256_bit(&c.a, &c.a), 1);
+        EXPECT_EQ(GOST_34_10_2001_comparison_256_bit_zero(&c.a), c.zero);
+        EXPECT_EQ(GOST_34_10_2001_comparison_256_bit_one(&c.a), c.one);
     }
 }
 
-TEST(Arith256, ConstantsAndSet) {
+TEST(Arith256, ConstantsSetAndMisalignedOperands) {
     EXPECT_EQ(*zero_256_bit_ptr, T{});
     EXPECT_EQ(*one_256_bit_ptr, small(1));
     T r;
     GOST_34_10_2001_set_256_bit(&r, one_256_bit_ptr);
     EXPECT_EQ(r, small(1));
-    // Caller buffers may sit at any alignment.
     unsigned char raw[64 + 3];
     for (unsigned i = 0; i < sizeof raw; ++i) raw[i] = static_cast<unsigned char>(i);
-    T* odd1 = reinterpret_cast<T*>(raw + 1);
-    T* odd2 = reinterpret_cast<T*>(raw + 34);
-    T expect;
-    T a = *odd1, b = *odd2;
+    T *odd1 = reinterpret_cast<T*>(raw + 1), *odd2 = reinterpret_cast<T*>(raw + 34);
+    T a = *odd1, b = *odd2, expect;
     GOST_34_10_2001_add_256_bit(&expect, &a, &b);
     GOST_34_10_2001_add_256_bit(odd1, odd1, odd2);
     EXPECT_EQ(*odd1, expect);
 }
 
-TEST(Arith256, SingleConditionalSubtraction) {
-    T p = small(5);
-    struct Case { unsigned long long a, r; };
-    for (auto c : {Case{4, 4}, Case{5, 0}, Case{9, 4}, Case{11, 6}, Case{16, 11}}) {
-        T a = small(c.a);
-        GOST_34_10_2001_mod_p_256_bit(&a, &p);
-        EXPECT_EQ(a, small(c.r)) << c.a;
-    }
-}
-
+// Modular results on hand-picked operands: one subtraction or addition of p
+// only, so out-of-range operands stay unreduced.
 TEST(Arith256, ModularEdgeCases) {
-    ect::Curve c = ect::curve(1);  // p > 2^255: sums of reduced values can pass 2^256
-    T pm1 = c.p, one = small(1), two = small(2), r;
-    GOST_34_10_2001_sub_256_bit(&pm1, &pm1, &one);
-    GOST_34_10_2001_add_mod_p_256_bit(&r, &pm1, &pm1, &c.p);
-    T expect = c.p;
-    GOST_34_10_2001_sub_256_bit(&expect, &expect, &two);
-    EXPECT_EQ(r, expect);  // 2p - 2 - p
-    T zero{};
-    GOST_34_10_2001_sub_mod_p_256_bit(&r, &zero, &one, &c.p);
-    EXPECT_EQ(r, pm1);
-    GOST_34_10_2001_add_mod_p_256_bit(&r, &pm1, &one, &c.p);
-    EXPECT_EQ(r, zero);
-
-    // Out-of-range operands: only one subtraction, so results stay unreduced.
-    T p7 = small(7), a = small(22), b = small(1), z{};
-    GOST_34_10_2001_add_mod_p_256_bit(&r, &a, &z, &p7);
-    EXPECT_EQ(r, small(15));
-    GOST_34_10_2001_mul_mod_p_256_bit(&r, &a, &b, &p7);
-    EXPECT_EQ(r, small(15));  // r = 0 + A mod p, one subtraction
-    GOST_34_10_2001_mul_mod_p_256_bit(&r, &b, &a, &p7);
-    EXPECT_EQ(r, small(1));   // a large multiplier only shifts: 22 mod 7
-    // A borrow adds p back once, the carry dropped: 3 - 22 + 7 wraps to 2^256 - 12.
-    T three = small(3), wrapped = kMax;
-    GOST_34_10_2001_sub_256_bit(&wrapped, &wrapped, &(r = small(11)));
-    GOST_34_10_2001_sub_mod_p_256_bit(&r, &three, &a, &p7);
-    EXPECT_EQ(r, wrapped);
-    // No borrow, no reduction: 22 - 1 stays 21.
-    GOST_34_10_2001_sub_mod_p_256_bit(&r, &a, &b, &p7);
-    EXPECT_EQ(r, small(21));
-
-    // mul by zero; mul aliasing both operands.
-    T x = small(123);
-    GOST_34_10_2001_mul_mod_p_256_bit(&r, &x, &z, &c.p);
-    EXPECT_EQ(r, z);
-    GOST_34_10_2001_mul_mod_p_256_bit(&x, &x, &x, &c.p);
-    EXPECT_EQ(x, small(123 * 123));
-}
-
-TEST(Arith256, DivisionCases) {
-    ect::Curve c = ect::curve(2);
-    T x{}, r;
-    GOST_34_10_2001_div_mod_p_256_bit(&x, nullptr, &c.p);
-    EXPECT_EQ(x, T{});  // division by zero gives 0
-    T n = small(5);
-    x = T{};
-    GOST_34_10_2001_div_mod_p_256_bit(&x, &n, &c.p);
-    EXPECT_EQ(x, T{});
-    // A null numerator is 1.
-    T a = small(3), b = small(3);
-    GOST_34_10_2001_div_mod_p_256_bit(&a, nullptr, &c.p);
-    GOST_34_10_2001_div_mod_p_256_bit(&b, one_256_bit_ptr, &c.p);
-    EXPECT_EQ(a, b);
-    GOST_34_10_2001_mul_mod_p_256_bit(&r, &a, &(n = small(3)), &c.p);
-    EXPECT_EQ(r, small(1));
-    // x = 1 and numerator n: n itself.
-    T one = small(1), n7 = small(77);
-    GOST_34_10_2001_div_mod_p_256_bit(&one, &n7, &c.p);
-    EXPECT_EQ(one, small(77));
-    // x >= p coprime to p still inverts (the Euclid loop does not care).
-    T big = c.p, three = small(3);
-    GOST_34_10_2001_add_256_bit(&big, &big, &three);
-    GOST_34_10_2001_div_mod_p_256_bit(&big, nullptr, &c.p);
-    EXPECT_EQ(big, b);
-    // Not coprime (p = 9, x = 3): the loop ends with u = 0 and returns x2,
-    // which the steps make 4.
-    T p9 = small(9), x3 = small(3);
-    GOST_34_10_2001_div_mod_p_256_bit(&x3, nullptr, &p9);
-    EXPECT_EQ(x3, small(4));
-    // Small field by hand: 1/2 mod 7 = 4, 3/5 mod 7 = 2.
-    T p7 = small(7), two = small(2), five = small(5), n3 = small(3);
-    GOST_34_10_2001_div_mod_p_256_bit(&two, nullptr, &p7);
-    EXPECT_EQ(two, small(4));
-    GOST_34_10_2001_div_mod_p_256_bit(&five, &n3, &p7);
-    EXPECT_EQ(five, small(2));
+    enum Op { Mod, Add, Sub, Mul, Div, Inv };
+    T pA = ect::curve(1).p, pB = ect::curve(2).p, one = small(1), three = small(3), eleven = small(11);
+    T pA1, pA2, pB3, wrapped, max = kMax, invB3 = three;
+    GOST_34_10_2001_sub_256_bit(&pA1, &pA, &one);
+    GOST_34_10_2001_sub_256_bit(&pA2, &pA1, &one);
+    GOST_34_10_2001_add_256_bit(&pB3, &pB, &three);
+    GOST_34_10_2001_sub_256_bit(&wrapped, &max, &eleven);  // 2^256 - 12
+    GOST_34_10_2001_div_mod_p_256_bit(&invB3, nullptr, &pB);
+    struct Case { Op op; T a, b, p, r; const char* what; };
+    const Case cases[] = {
+        {Mod, small(4), {}, small(5), small(4), "below p"},
+        {Mod, small(5), {}, small(5), small(0), "equal to p"},
+        {Mod, small(11), {}, small(5), small(6), "one subtraction only"},
+        {Mod, small(16), {}, small(5), small(11), "16 - 5"},
+        {Add, pA1, pA1, pA, pA2, "a + b >= 2^256 (p > 2^255): 2p - 2 - p"},
+        {Add, pA1, one, pA, {}, "p - 1 + 1"},
+        {Add, small(22), {}, small(7), small(15), "22 + 0: one subtraction"},
+        {Sub, {}, one, pA, pA1, "0 - 1"},
+        {Sub, small(3), small(22), small(7), wrapped, "borrow adds p once, carry dropped"},
+        {Sub, small(22), one, small(7), small(21), "no borrow, no reduction"},
+        {Mul, small(22), one, small(7), small(15), "r = 0 + A mod p, one subtraction"},
+        {Mul, one, small(22), small(7), small(1), "a large multiplier only shifts"},
+        {Mul, small(123), {}, pA, {}, "times zero"},
+        {Div, {}, small(5), pB, {}, "division by zero gives 0"},
+        {Inv, {}, {}, pB, {}, "1 / 0 gives 0"},
+        {Div, small(3), one, pB, invB3, "numerator 1 = null numerator"},
+        {Div, one, small(77), pB, small(77), "77 / 1"},
+        {Inv, pB3, {}, pB, invB3, "x >= p coprime to p still inverts"},
+        {Inv, small(3), {}, small(9), small(4), "not coprime: Euclid ends on u = 0, returns x2"},
+        {Inv, small(2), {}, small(7), small(4), "1/2 mod 7"},
+        {Div, small(5), small(3), small(7), small(2), "3/5 mod 7"},
+    };
+    for (auto c : cases) {
+        T r = c.a;
+        switch (c.op) {
+            case Mod: GOST_34_10_2001_mod_p_256_bit(&r, &c.p); break;
+            case Add: GOST_34_10_2001_add_mod_p_256_bit(&r, &c.a, &c.b, &c.p); break;
+            case Sub: GOST_34_10_2001_sub_mod_p_256_bit(&r, &c.a, &c.b, &c.p); break;
+            case Mul: GOST_34_10_2001_mul_mod_p_256_bit(&r, &c.a, &c.b, &c.p); break;
+            case Div: GOST_34_10_2001_div_mod_p_256_bit(&r, &c.b, &c.p); break;
+            case Inv: GOST_34_10_2001_div_mod_p_256_bit(&r, nullptr, &c.p); break;
+        }
+        EXPECT_EQ(r, c.r) << c.what;
+    }
+    T x = small(3), r;  // the inverse times its input is 1
+    GOST_34_10_2001_mul_mod_p_256_bit(&r, &invB3, &x, &pB);
+    EXPECT_EQ(r, one);
+    GOST_34_10_2001_mul_mod_p_256_bit(&x, &x, &x, &pA);  // both operands aliased with r
+    EXPECT_EQ(x, small(9));
 }
 
 // a + b, a - b, a * b, 1 / a and b / a modulo every p and q of the four
-// curves, against python3; each also with the result over an operand.
+// curves, against python3; some also with the result over an operand.
 TEST(Arith256, ModularAgainstPython) {
-    int n = 0;
-    for (auto& rec : kt::load_records("ec2001/arith.txt")) {
-        if (rec["op"] != "mod") continue;
-        T m = u256(rec["m"]), a = u256(rec["a"]), b = u256(rec["b"]), r;
+    auto recs = ect::ops("mod");
+    EXPECT_EQ(recs.size(), 48u);
+    for (auto& rec : recs) {
+        T m = u256(rec["m"]), a = u256(rec["a"]), b = u256(rec["b"]), r, x = a, y = b, z = a;
         GOST_34_10_2001_add_mod_p_256_bit(&r, &a, &b, &m);
         EXPECT_EQ(ect::hex(r), rec["add"]);
         GOST_34_10_2001_sub_mod_p_256_bit(&r, &a, &b, &m);
         EXPECT_EQ(ect::hex(r), rec["sub"]);
         GOST_34_10_2001_mul_mod_p_256_bit(&r, &a, &b, &m);
         EXPECT_EQ(ect::hex(r), rec["mul"]);
-        T x = a;
         GOST_34_10_2001_div_mod_p_256_bit(&x, nullptr, &m);
         EXPECT_EQ(ect::hex(x), rec["inv"]);
         x = a;
         GOST_34_10_2001_div_mod_p_256_bit(&x, &b, &m);
         EXPECT_EQ(ect::hex(x), rec["div"]);
-        T y = b;
         GOST_34_10_2001_mul_mod_p_256_bit(&y, &a, &y, &m);
         EXPECT_EQ(ect::hex(y), rec["mul"]);
-        y = a;
-        GOST_34_10_2001_sub_mod_p_256_bit(&y, &y, &b, &m);
-        EXPECT_EQ(ect::hex(y), rec["sub"]);
-        ++n;
+        GOST_34_10_2001_sub_mod_p_256_bit(&z, &z, &b, &m);
+        EXPECT_EQ(ect::hex(z), rec["sub"]);
     }
-    EXPECT_EQ(n, 48);
 }
 
 }  // namespace

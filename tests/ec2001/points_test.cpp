@@ -1,5 +1,5 @@
 // Affine points on the four GOST R 34.10-2001 curves: the infinity rules,
-// scalar multiples against python3, and the three table builders.
+// scalar multiples and sums against python3, and the three table builders.
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -14,92 +14,64 @@ namespace {
 
 struct Pt {
     T x, y;
+    bool operator==(const Pt& o) const { return x == o.x && y == o.y; }
 };
 
-Pt mul(const T& k, const Pt& P, const ect::Curve& c) {
-    T kk = k, px = P.x, py = P.y, a = c.a, p = c.p;
+Pt mul(const T& k, const Pt& P, ect::Curve c) {
+    T kk = k, px = P.x, py = P.y;
     Pt r;
-    GOST_34_10_2001_mul_k_EP(&kk, &px, &py, &r.x, &r.y, &a, &p);
+    GOST_34_10_2001_mul_k_EP(&kk, &px, &py, &r.x, &r.y, &c.a, &c.p);
     return r;
 }
 
-Pt base(const ect::Curve& c) { return {c.x, c.y}; }
-
-bool same(const Pt& a, const Pt& b) { return a.x == b.x && a.y == b.y; }
-
-Pt neg(const Pt& P, ect::Curve c) {
-    Pt r = P;
-    T zero{};
-    GOST_34_10_2001_sub_mod_p_256_bit(&r.y, &zero, &r.y, &c.p);
-    return r;
+Pt add(Pt P, Pt Q, ect::Curve c) {
+    GOST_34_10_2001_add_EP(&P.x, &Q.x, &P.y, &Q.y, &c.a, &c.p);
+    return P;
 }
 
-TEST(Points256, MultiplesAgainstPython) {
-    int n = 0;
-    for (auto& rec : kt::load_records("ec2001/arith.txt")) {
-        if (rec["op"] != "point") continue;
+TEST(Points256, MultiplesAndSumsAgainstPython) {
+    auto muls = ect::ops("point"), sums = ect::ops("sum");
+    EXPECT_EQ(muls.size(), 32u);
+    EXPECT_EQ(sums.size(), 4u);
+    for (auto& rec : muls) {
         ect::Curve c = ect::curve(std::stoi(rec["set"]));
-        Pt r = mul(u256(rec["k"]), base(c), c);
-        EXPECT_EQ(ect::hex(r.x), rec["x"]) << "set " << rec["set"] << " k " << rec["k"];
-        EXPECT_EQ(ect::hex(r.y), rec["y"]) << "set " << rec["set"] << " k " << rec["k"];
-        ++n;
+        Pt r = mul(u256(rec["k"]), {c.x, c.y}, c);
+        EXPECT_EQ(ect::hex(r.x) + ect::hex(r.y), rec["x"] + rec["y"]) << "set " << rec["set"] << " k " << rec["k"];
     }
-    EXPECT_EQ(n, 32);
-}
-
-TEST(Points256, SumAgainstPython) {
-    int n = 0;
-    for (auto& rec : kt::load_records("ec2001/arith.txt")) {
-        if (rec["op"] != "sum") continue;
+    for (auto& rec : sums) {
         ect::Curve c = ect::curve(std::stoi(rec["set"]));
-        T x1 = u256(rec["x1"]), y1 = u256(rec["y1"]), x2 = u256(rec["x2"]), y2 = u256(rec["y2"]);
-        GOST_34_10_2001_add_EP(&x1, &x2, &y1, &y2, &c.a, &c.p);
-        EXPECT_EQ(ect::hex(x1), rec["x"]);
-        EXPECT_EQ(ect::hex(y1), rec["y"]);
-        ++n;
+        Pt r = add({u256(rec["x1"]), u256(rec["y1"])}, {u256(rec["x2"]), u256(rec["y2"])}, c);
+        EXPECT_EQ(ect::hex(r.x) + ect::hex(r.y), rec["x"] + rec["y"]);
     }
-    EXPECT_EQ(n, 4);
 }
 
 class PerCurve : public ::testing::TestWithParam<int> {};
 
-TEST_P(PerCurve, InfinityRules) {
+// On the base point itself: set 3's has x = 0 and must not be taken for
+// infinity, as first or as second operand.
+TEST_P(PerCurve, InfinityRulesAndNullOutputs) {
     ect::Curve c = ect::curve(GetParam());
-    Pt P = base(c), Q = mul(small(5), P, c), inf{};
-    // P + (-P) = infinity.
-    Pt r = Q, m = neg(Q, c);
-    GOST_34_10_2001_add_EP(&r.x, &m.x, &r.y, &m.y, &c.a, &c.p);
-    EXPECT_TRUE(same(r, inf));
-    // infinity + P = P; P + infinity = P.
-    r = inf;
-    GOST_34_10_2001_add_EP(&r.x, &Q.x, &r.y, &Q.y, &c.a, &c.p);
-    EXPECT_TRUE(same(r, Q));
-    r = Q;
-    GOST_34_10_2001_add_EP(&r.x, &inf.x, &r.y, &inf.y, &c.a, &c.p);
-    EXPECT_TRUE(same(r, Q));
-    // Equal points double; doubling infinity leaves it.
-    r = Q;
-    Pt s = Q;
-    GOST_34_10_2001_add_EP(&r.x, &s.x, &r.y, &s.y, &c.a, &c.p);
-    GOST_34_10_2001_mul_2_EP(&s.x, &s.y, &c.a, &c.p);
-    EXPECT_TRUE(same(r, s));
-    EXPECT_TRUE(same(r, mul(small(10), P, c)));
-    r = Q;
+    Pt P{c.x, c.y}, inf{}, negP = P, dbl = P;
+    T zero{};
+    GOST_34_10_2001_sub_mod_p_256_bit(&negP.y, &zero, &P.y, &c.p);
+    GOST_34_10_2001_mul_2_EP(&dbl.x, &dbl.y, &c.a, &c.p);
+    EXPECT_EQ(add(P, negP, c), inf);
+    EXPECT_EQ(add(inf, P, c), P);
+    EXPECT_EQ(add(P, inf, c), P);
+    EXPECT_EQ(add(P, P, c), dbl);
+    Pt r = P;
     GOST_34_10_2001_add_EP(&r.x, &r.x, &r.y, &r.y, &c.a, &c.p);  // the same buffers twice
-    EXPECT_TRUE(same(r, s));
+    EXPECT_EQ(r, dbl);
     r = inf;
     GOST_34_10_2001_mul_2_EP(&r.x, &r.y, &c.a, &c.p);
-    EXPECT_TRUE(same(r, inf));
-    // k = 0 and k = q give infinity, k = 1 gives P.
-    EXPECT_TRUE(same(mul(T{}, P, c), inf));
-    EXPECT_TRUE(same(mul(c.q, P, c), inf));
-    EXPECT_TRUE(same(mul(small(1), P, c), P));
-}
+    EXPECT_EQ(r, inf);
+    EXPECT_EQ(mul(T{}, P, c), inf);
+    EXPECT_EQ(mul(c.q, P, c), inf);
+    EXPECT_EQ(mul(small(1), P, c), P);
 
-TEST_P(PerCurve, NullOutputCoordinate) {
-    ect::Curve c = ect::curve(GetParam());
+    // A null output coordinate is not stored.
     T k = small(7), x, y, keep = small(0xAB);
-    Pt full = mul(k, base(c), c);
+    Pt full = mul(k, P, c);
     y = keep;
     GOST_34_10_2001_mul_k_EP(&k, &c.x, &c.y, &x, nullptr, &c.a, &c.p);
     EXPECT_EQ(x, full.x);
@@ -111,48 +83,21 @@ TEST_P(PerCurve, NullOutputCoordinate) {
 
 INSTANTIATE_TEST_SUITE_P(Sets, PerCurve, ::testing::Values(0, 1, 2, 3));
 
-// A point with y = 0 is doubled through a division by zero: lambda = 0, so
-// x3 = -2x and y3 = 0.
-TEST(Points256, DoublingOrderTwoPoint) {
+// Points off the base point's group: y = 0 doubles through a division by zero
+// (lambda = 0, so 2(x, 0) = (-2x, 0)); with equal x the sum is infinity only
+// when y1 = -y2 (two order-two points cancel), and any other y1 doubles
+// (x1, y1), whatever y2 holds.
+TEST(Points256, OrderTwoAndEqualXCases) {
     ect::Curve c = ect::curve(1);
-    T x = small(5), y{}, expect = c.p, ten = small(10);
-    GOST_34_10_2001_mul_2_EP(&x, &y, &c.a, &c.p);
-    GOST_34_10_2001_sub_256_bit(&expect, &expect, &ten);
-    EXPECT_EQ(x, expect);
-    EXPECT_EQ(y, T{});
-}
-
-// Equal x: infinity only when y1 = 0 - y2 mod p (so two order-two points
-// (x, 0) cancel); any other y1 is taken as the same point and (x1, y1) is
-// doubled, whatever y2 holds.
-TEST(Points256, AdditionWithEqualX) {
-    ect::Curve c = ect::curve(1);
-    T x = small(5), y0{};
-    T x1 = x, y1 = y0;
-    GOST_34_10_2001_add_EP(&x1, &x, &y1, &y0, &c.a, &c.p);
-    EXPECT_EQ(x1, T{});
-    EXPECT_EQ(y1, T{});
-
-    T y_first = small(1234), y_second = small(99);
-    T dx = x, dy = y_first;
-    GOST_34_10_2001_mul_2_EP(&dx, &dy, &c.a, &c.p);
-    x1 = x;
-    y1 = y_first;
-    GOST_34_10_2001_add_EP(&x1, &x, &y1, &y_second, &c.a, &c.p);
-    EXPECT_EQ(x1, dx);
-    EXPECT_EQ(y1, dy);
-}
-
-// Set 3 has a base point with x = 0: it must not be taken for infinity.
-TEST(Points256, BasePointWithZeroX) {
-    ect::Curve c = ect::curve(3);
-    Pt P = base(c), inf{};
-    Pt r = inf;
-    GOST_34_10_2001_add_EP(&r.x, &P.x, &r.y, &P.y, &c.a, &c.p);
-    EXPECT_TRUE(same(r, P));
-    r = P;
-    GOST_34_10_2001_add_EP(&r.x, &inf.x, &r.y, &inf.y, &c.a, &c.p);
-    EXPECT_TRUE(same(r, P));
+    T ten = small(10), minus10;
+    GOST_34_10_2001_sub_256_bit(&minus10, &c.p, &ten);
+    Pt r{small(5), {}};
+    GOST_34_10_2001_mul_2_EP(&r.x, &r.y, &c.a, &c.p);
+    EXPECT_EQ(r, (Pt{minus10, {}}));
+    EXPECT_EQ(add({small(5), {}}, {small(5), {}}, c), Pt{});
+    Pt d{small(5), small(1234)};
+    GOST_34_10_2001_mul_2_EP(&d.x, &d.y, &c.a, &c.p);
+    EXPECT_EQ(add({small(5), small(1234)}, {small(5), small(99)}, c), d);
 }
 
 using Table = std::vector<unsigned char>;
@@ -164,54 +109,35 @@ Pt entry(const Table& t, unsigned i) {
     return r;
 }
 
-TEST(Tables256, DoublingTableIsPTable) {
+// Entry i of each builder is k(i)·P of the chosen set.
+TEST(Tables256, EntriesAreTheirMultiples) {
+    struct Case {
+        void (*build)(unsigned char*, unsigned char);
+        int set;
+        std::vector<unsigned> idx;
+        T (*k)(unsigned);
+    };
+    auto two_i = [](unsigned i) { T k{}; k.b[i / 8] = static_cast<unsigned char>(1u << (i % 8)); return k; };
+    // Comb: the scalar whose 32-bit limb j is 1 for each set bit j of the index.
+    auto comb = [](unsigned b) { T k{}; for (unsigned j = 0; j < 8; ++j) k.b[4 * j] = b >> j & 1; return k; };
+    auto odd = [](unsigned i) { return small(2 * i + 1); };
+    const Case cases[] = {
+        {GOST_34_10_2001_2P_table, 1, {0, 1, 2, 100, 255}, two_i},
+        {GOST_34_10_2001_2P_table, 0, {0, 140}, two_i},
+        {GOST_34_10_2001_2P_table, 3, {0, 140}, two_i},
+        {GOST_34_10_2001_2P_table, 200, {0, 140}, two_i},
+        {GOST_34_10_2001_xP_table, 2, {0, 1, 2, 5, 128, 255}, comb},
+        {GOST_34_10_2001_NAF_2kP_table, 0, {0, 1, 2, 77, 255}, odd},
+    };
+    for (const auto& c : cases) {
+        Table t(16384, 0xEE);
+        c.build(t.data(), static_cast<unsigned char>(c.set));
+        ect::Curve cv = ect::curve(c.set);
+        for (unsigned i : c.idx) EXPECT_EQ(entry(t, i), mul(c.k(i), {cv.x, cv.y}, cv)) << c.set << " " << i;
+    }
     Table t(16384);
     GOST_34_10_2001_2P_table(t.data(), 1);
     EXPECT_EQ(std::memcmp(t.data(), p_table, 16384), 0);
-    ect::Curve c = ect::curve(1);
-    EXPECT_TRUE(same(entry(t, 0), base(c)));
-    for (unsigned i : {1u, 2u, 100u, 255u}) {
-        T ki{};
-        ki.b[i / 8] = static_cast<unsigned char>(1u << (i % 8));
-        EXPECT_TRUE(same(entry(t, i), mul(ki, base(c), c))) << i;
-    }
-}
-
-TEST(Tables256, DoublingTableOtherSets) {
-    for (int set : {0, 3, 200}) {
-        Table t(16384);
-        GOST_34_10_2001_2P_table(t.data(), static_cast<unsigned char>(set));
-        ect::Curve c = ect::curve(set);
-        EXPECT_TRUE(same(entry(t, 0), base(c)));
-        T k{};
-        k.b[17] = 0x10;  // 2^140
-        EXPECT_TRUE(same(entry(t, 140), mul(k, base(c), c))) << set;
-    }
-}
-
-TEST(Tables256, CombTable) {
-    Table t(16384, 0xEE);
-    GOST_34_10_2001_xP_table(t.data(), 2);
-    ect::Curve c = ect::curve(2);
-    EXPECT_TRUE(same(entry(t, 0), Pt{}));
-    EXPECT_TRUE(same(entry(t, 1), base(c)));
-    // Entry b is sum over set bits j of b of 2^(32j) P: the scalar whose
-    // 32-bit limb j is 1 for each such j.
-    for (unsigned b : {2u, 5u, 128u, 255u}) {
-        T k{};
-        for (unsigned j = 0; j < 8; ++j)
-            if (b >> j & 1) k.b[4 * j] = 1;
-        EXPECT_TRUE(same(entry(t, b), mul(k, base(c), c))) << b;
-    }
-}
-
-TEST(Tables256, OddMultiplesTable) {
-    Table t(16384);
-    GOST_34_10_2001_NAF_2kP_table(t.data(), 0);
-    ect::Curve c = ect::curve(0);
-    EXPECT_TRUE(same(entry(t, 0), base(c)));
-    for (unsigned i : {1u, 2u, 77u, 255u})
-        EXPECT_TRUE(same(entry(t, i), mul(small(2 * i + 1), base(c), c))) << i;
 }
 
 }  // namespace
