@@ -15,8 +15,9 @@
 namespace {
 
 template <class T>
-void secret(T& v) { VALGRIND_MAKE_MEM_UNDEFINED(&v, sizeof v); }
-void secret(void* p, size_t n) { VALGRIND_MAKE_MEM_UNDEFINED(p, n); }
+void undefine(T& v) { VALGRIND_MAKE_MEM_UNDEFINED(&v, sizeof v); }
+template <class... T>
+void secret(T&... v) { (undefine(v), ...); }
 template <class T>
 void declassify(T& v) { VALGRIND_MAKE_MEM_DEFINED(&v, sizeof v); }
 
@@ -33,12 +34,7 @@ int main(int argc, char** argv) {
         unsigned char data[67], wrapped[44];
         for (unsigned i = 0; i < 32; ++i) key.b[i] = kek.b[i] = cek.b[i] = static_cast<unsigned char>(i * 7 + sel);
         for (unsigned i = 0; i < sizeof data; ++i) data[i] = static_cast<unsigned char>(i);
-        secret(key);
-        secret(kek);
-        secret(cek);
-        secret(block);
-        secret(iv);
-        secret(data, sizeof data);
+        secret(key, kek, cek, block, iv, data);
 
         unsigned int* table = GOST_28147_89_get_s_box_ptr(sel);
         unsigned int subkey;
