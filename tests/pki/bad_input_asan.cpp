@@ -41,8 +41,7 @@ void touch_certificate(const Bytes& der, bool verify) {
     x_509_get_textbox_of_cer(p);
     if (verify) x_509_check_certificate(p, nullptr);
 
-    Bytes block(66, 0);
-    block[0] = 0x04, block[1] = 0x40;
+    Bytes block = block_of("", "");
     unsigned char content[3] = {1, 2, 3};
     unsigned n = CMS_SignedData_create(content, 3, block.data(), 66, p, 1, nullptr);
     if (n) {
@@ -98,19 +97,8 @@ std::vector<Bytes> messages() {
     CertFacts ca = fixture_cert("ca_a");
     std::string sig = item("1.2.840.113549.1.9.5", text(0x17, "240101120000Z")) + "&" +
                       item("1.2.3.4", seq({oid("2A03"), text(0x04, "text/plain")}));
-    std::string uns = item("1.2.3.5", tlv(0x04, Bytes(20, 9)));
-    unsigned char* s = reinterpret_cast<unsigned char*>(&sig[0]);
-    unsigned char* u = reinterpret_cast<unsigned char*>(&uns[0]);
-    Bytes block(CMS_create_SignedAttr(s, sig.size(), u, uns.size(), nullptr, 0, nullptr));
-    block.resize(CMS_create_SignedAttr(s, sig.size(), u, uns.size(), nullptr, 0, block.data()));
-    Bytes content = str("content");
-    for (bool attached : {true, false}) {
-        Bytes msg(CMS_SignedData_create(attached ? content.data() : nullptr, attached ? content.size() : 0,
-                                        block.data(), block.size(), ca.der.data(), 1, nullptr));
-        CMS_SignedData_create(attached ? content.data() : nullptr, attached ? content.size() : 0, block.data(),
-                              block.size(), ca.der.data(), 1, msg.data());
-        out.push_back(msg);
-    }
+    Bytes block = block_of(sig, item("1.2.3.5", tlv(0x04, Bytes(20, 9)))), content = str("content");
+    for (bool attached : {true, false}) out.push_back(message_of(content, attached, block, ca.der, true));
     return out;
 }
 
