@@ -8,6 +8,7 @@
 namespace {
 
 using kt::Bytes;
+using CopyFn = void (*)(unsigned char*, unsigned char*, unsigned int);
 
 void ref_ascending(unsigned char* src, unsigned char* dst, unsigned int n) {
     for (unsigned int i = 0; i < n; ++i) dst[i] = src[i];
@@ -16,25 +17,21 @@ void ref_descending(unsigned char* src, unsigned char* dst, unsigned int n) {
     for (unsigned int i = n; i-- > 0;) dst[i] = src[i];
 }
 
-using CopyFn = void (*)(unsigned char*, unsigned char*, unsigned int);
-
 struct CopyCase {
     const char* name;
-    CopyFn fn;
-    CopyFn ref;
+    CopyFn fn, ref;
 };
 
 class Asn1Copy : public ::testing::TestWithParam<CopyCase> {};
 
 // Both pointers move through a 16-byte alignment cycle, the distance between
-// them covers overlaps of either direction and sizes cover the byte path,
-// the block path threshold (23) and long copies.
+// them covers overlaps of either direction (copy closes gaps, move opens
+// them) and sizes cover the byte path, the block path threshold (23) and
+// long copies.
 TEST_P(Asn1Copy, MatchesByteLoopForAllOverlaps) {
     const CopyCase& c = GetParam();
-    kt::Rng rng(0xA5A1);
-    const Bytes pattern = rng.bytes(512);
-    const unsigned int sizes[] = {0, 1, 15, 16, 17, 22, 23, 24, 31, 32, 33, 47, 64, 100, 161};
-    for (unsigned int n : sizes)
+    const Bytes pattern = kt::Rng(0xA5A1).bytes(512);
+    for (unsigned int n : {0, 1, 15, 16, 17, 22, 23, 24, 31, 32, 33, 47, 64, 100, 161})
         for (int base = 0; base < 16; ++base)
             for (int dist = -40; dist <= 40; ++dist) {
                 Bytes a = pattern, b = pattern;
@@ -53,7 +50,7 @@ TEST_P(Asn1Copy, DisjointBuffersOfMixedAlignment) {
             for (int da = 0; da < 16; da += 3) {
                 Bytes src = rng.bytes(n + 32), dst(n + 32, 0xCC), expect = dst;
                 c.fn(src.data() + sa, dst.data() + da, n);
-                for (unsigned int i = 0; i < n; ++i) expect[da + i] = src[sa + i];
+                ref_ascending(src.data() + sa, expect.data() + da, n);
                 ASSERT_EQ(dst, expect) << c.name << " n=" << n;
             }
 }
@@ -63,24 +60,11 @@ INSTANTIATE_TEST_SUITE_P(Directions, Asn1Copy,
                                            CopyCase{"move", ASN1_mem_move, ref_descending}),
                          [](const auto& info) { return std::string(info.param.name); });
 
-TEST(Asn1Copy, ClosingAndOpeningAGap) {
-    // The uses the two directions exist for: copy shifts down, move shifts up.
-    Bytes buf = kt::from_hex("00 01 02 03 04 05 06 07 08 09");
-    ASN1_mem_copy(buf.data() + 3, buf.data() + 1, 7);
-    EXPECT_EQ(kt::to_hex(buf), "00030405060708090809");
-    buf = kt::from_hex("00 01 02 03 04 05 06 07 08 09");
-    ASN1_mem_move(buf.data() + 1, buf.data() + 3, 7);
-    EXPECT_EQ(kt::to_hex(buf), "00010201020304050607");
-    // In the other direction each replicates its start, as a byte loop does.
-    buf = kt::from_hex("00 01 02 03 04 05 06 07 08 09");
-    ASN1_mem_copy(buf.data(), buf.data() + 2, 8);
-    EXPECT_EQ(kt::to_hex(buf), "00010001000100010001");
-}
-
 TEST(Asn1Compare, ZeroOrOneOnly) {
     kt::Rng rng(3);
     for (unsigned int n : {1u, 7u, 15u, 16u, 17u, 32u, 33u, 100u}) {
-        Bytes a = rng.bytes(n);
+        Bytes a = rng.bytes(n), same = a;
+        EXPECT_EQ(ASN1_mem_compare(a.data(), same.data(), n), 0);
         for (unsigned int i = 0; i < n; ++i)
             for (unsigned char flip : {0x01, 0x80, 0xFF}) {
                 Bytes b = a;
@@ -88,8 +72,6 @@ TEST(Asn1Compare, ZeroOrOneOnly) {
                 ASSERT_EQ(ASN1_mem_compare(a.data(), b.data(), n), 1) << n << " " << i;
                 ASSERT_EQ(ASN1_mem_compare(b.data(), a.data(), n), 1) << "no ordering";
             }
-        Bytes same = a;
-        EXPECT_EQ(ASN1_mem_compare(a.data(), same.data(), n), 0);
     }
     unsigned char x = 1, y = 2;
     EXPECT_EQ(ASN1_mem_compare(&x, &y, 0), 0);
@@ -97,8 +79,6 @@ TEST(Asn1Compare, ZeroOrOneOnly) {
 }
 
 TEST(Asn1BitString, ReversesBitOrder) {
-    EXPECT_EQ(ASN1_rotate_rigth_BIT_STRING_byte(0x01), 0x80);
-    EXPECT_EQ(ASN1_rotate_rigth_BIT_STRING_byte(0x02), 0x40);
     EXPECT_EQ(ASN1_rotate_rigth_BIT_STRING_byte(0x86), 0x61);
     for (unsigned int v = 0; v < 256; ++v) {
         unsigned int r = 0;

@@ -2,22 +2,19 @@
 // against openssl asn1parse and against the fixed over-scan.
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <string>
 
 #include "ASN1.h"
 #include "common/test_util.h"
 
 namespace {
 
-using kt::Bytes;
+using namespace std::string_literals;
 
-struct B128Case {
-    unsigned int v;
-    const char* hex;
-};
+unsigned char* u(const std::string& s) { return reinterpret_cast<unsigned char*>(const_cast<char*>(s.data())); }
 
 TEST(Asn1Base128, Encodes) {
-    const B128Case cases[] = {
+    const struct { unsigned int v; const char* hex; } cases[] = {
         {0, "00"},          {1, "01"},           {127, "7f"},         {128, "8100"},
         {840, "8648"},      {16383, "ff7f"},     {16384, "818000"},   {113549, "86f70d"},
         {2097151, "ffff7f"}, {2097152, "81808000"}, {268435455, "ffffff7f"},
@@ -30,13 +27,8 @@ TEST(Asn1Base128, Encodes) {
     }
 }
 
-struct NumberCase {
-    const char* text;
-    unsigned int v;
-};
-
 TEST(Asn1Number, ReadsDecimal) {
-    const NumberCase cases[] = {
+    const struct { std::string text; unsigned int v; } cases[] = {
         {"0", 0},         {"7", 7},                 {"643.2", 643},
         {"113549", 113549}, {"4294967295", 0xFFFFFFFFu},
         {"4294967296", 0},  // wraps modulo 2^32
@@ -45,96 +37,50 @@ TEST(Asn1Number, ReadsDecimal) {
         {".5", (0u - 2u) * 10u + 5u},
         {"x", static_cast<unsigned int>('x' - '0')},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(ASN1_code_ASCII_number_to_HEX(
-                      reinterpret_cast<unsigned char*>(const_cast<char*>(c.text))),
-                  c.v)
-            << c.text;
+    for (const auto& c : cases) EXPECT_EQ(ASN1_code_ASCII_number_to_HEX(u(c.text)), c.v) << c.text;
 }
 
-unsigned int encode(const std::string& text, Bytes& out, unsigned char len) {
-    out.assign(64, 0xEE);
-    std::string copy = text;  // NUL-terminated, as callers pass it
-    return ASN1_code_ASCII_OID_to_DER(reinterpret_cast<unsigned char*>(&copy[0]), len, out.data());
+// The text as callers pass it (what follows textLen included, NUL-terminated);
+// the result and the octets written, and nothing written past them (the
+// failing one-arc case has already written its first sub-identifier).
+void expect_oid(const std::string& text, unsigned char len, const std::string& der) {
+    kt::Bytes out(64, 0xEE);
+    unsigned int n = ASN1_code_ASCII_OID_to_DER(u(text), len, out.data());
+    EXPECT_EQ(kt::to_hex(out.data(), n), der) << text << " len " << int(len);
+    if (n) EXPECT_EQ(out[n], 0xEE) << text;
 }
 
 TEST(Asn1Oid, MatchesOpenssl) {
     auto records = kt::load_records("encoding/oid.txt");
     ASSERT_GT(records.size(), 40u);
-    for (auto& r : records) {
-        Bytes out;
-        const std::string& text = r["text"];
-        unsigned int n = encode(text, out, static_cast<unsigned char>(text.size()));
-        EXPECT_EQ(kt::to_hex(out.data(), n), r["der"]) << text;
-        EXPECT_EQ(out[n], 0xEE) << text;
-    }
+    for (auto& r : records) expect_oid(r["text"], static_cast<unsigned char>(r["text"].size()), r["der"]);
 }
 
-TEST(Asn1Oid, FixedCases) {
-    Bytes out;
-    EXPECT_EQ(encode("1.2.643.2.2.3", out, 13), 6u);
-    EXPECT_EQ(kt::to_hex(out.data(), 6), "2a8503020203");
-    EXPECT_EQ(encode("1.2.840.113549.1.9.3", out, 20), 9u);
-    EXPECT_EQ(kt::to_hex(out.data(), 9), "2a864886f70d010903");
-    EXPECT_EQ(encode("1.2", out, 3), 1u);
-    EXPECT_EQ(out[0], 0x2A);
-    // One arc is an error.
-    EXPECT_EQ(encode("1.", out, 2), 0u);
-    // The first two arcs are not range-checked: 40 * a1 + a2 as it comes.
-    EXPECT_EQ(encode("3.5.1", out, 5), 2u);
-    EXPECT_EQ(kt::to_hex(out.data(), 2), "7d01");
-    EXPECT_EQ(encode("2.100", out, 5), 2u);
-    EXPECT_EQ(kt::to_hex(out.data(), 2), "8134");
-}
-
-TEST(Asn1Oid, LengthLimitsTheArcsRead) {
-    // textLen cuts the text short (when no '.' follows within the over-scan);
-    // the digits of a cut arc are still read whole by the number reader.
-    Bytes out;
-    EXPECT_EQ(encode("1.2.643.2xx", out, 9), 4u);  // "1.2.643.2"
-    EXPECT_EQ(kt::to_hex(out.data(), 4), "2a850302");
-    EXPECT_EQ(encode("1.2.643.2.2.3", out, 6), 3u);  // "1.2.64" reads 643
-    EXPECT_EQ(kt::to_hex(out.data(), 3), "2a8503");
-}
-
-TEST(Asn1Oid, OverScanPastTheEnd) {
-    // For each '.' after the first, the scan reads one byte beyond
-    // text + textLen. A '.' there starts another arc: with "1.2.3" (length 5)
-    // followed by ".9", the first byte past the end is '.', so arc 9 is
-    // encoded too; with two further dots the scan reaches two bytes past.
-    Bytes out(16, 0xEE);
-    char t1[] = "1.2.3.9";
-    EXPECT_EQ(ASN1_code_ASCII_OID_to_DER(reinterpret_cast<unsigned char*>(t1), 5, out.data()), 3u);
-    EXPECT_EQ(kt::to_hex(out.data(), 3), "2a0309");
-
-    char t2[] = "1.2.3";  // one extra dot: reads text[5], the NUL
-    EXPECT_EQ(ASN1_code_ASCII_OID_to_DER(reinterpret_cast<unsigned char*>(t2), 5, out.data()), 2u);
-    EXPECT_EQ(kt::to_hex(out.data(), 2), "2a03");
-
-    char t3[] = "1.2.3.4xy.7";  // two extra dots: reads text[7] and text[8]
-    EXPECT_EQ(ASN1_code_ASCII_OID_to_DER(reinterpret_cast<unsigned char*>(t3), 7, out.data()), 3u);
-    EXPECT_EQ(kt::to_hex(out.data(), 3), "2a0304");
-    char t4[] = "1.2.3.4x.7";   // ... so a '.' two bytes past the end adds an arc
-    EXPECT_EQ(ASN1_code_ASCII_OID_to_DER(reinterpret_cast<unsigned char*>(t4), 7, out.data()), 4u);
-    EXPECT_EQ(kt::to_hex(out.data(), 4), "2a030407");
-
-    // A terminating NUL ends the over-scan: what lies behind it is not read.
-    char t5[] = "1.2.3.4\0.7";
-    EXPECT_EQ(ASN1_code_ASCII_OID_to_DER(reinterpret_cast<unsigned char*>(t5), 7, out.data()), 3u);
-    EXPECT_EQ(kt::to_hex(out.data(), 3), "2a0304");
-}
-
-TEST(Asn1Oid, LeadingDotStartsSecondArcAtOne) {
-    // '.' at text[0]: the first arc reads ".5" as a number (wrapping), the
-    // second arc starts at text[1].
-    Bytes out(16, 0xEE);
-    char t[] = ".5.1";
-    unsigned int a1 = (0u - 2u) * 10u + 5u;
-    unsigned char expect[8];
-    unsigned int n1 = ASN1_code_base128(40u * a1 + 5u, expect);
-    n1 += ASN1_code_base128(1, expect + n1);
-    EXPECT_EQ(ASN1_code_ASCII_OID_to_DER(reinterpret_cast<unsigned char*>(t), 4, out.data()), n1);
-    EXPECT_EQ(kt::to_hex(out.data(), n1), kt::to_hex(expect, n1));
+TEST(Asn1Oid, FixedBehaviours) {
+    const struct { std::string text; unsigned char len; const char* der; } cases[] = {
+        {"1.2.643.2.2.3", 13, "2a8503020203"},
+        {"1.2.840.113549.1.9.3", 20, "2a864886f70d010903"},
+        {"1.2", 3, "2a"},
+        {"1.", 2, ""},  // one arc is an error: 0
+        // The first two arcs are not range-checked: 40 * a1 + a2 as it comes.
+        {"3.5.1", 5, "7d01"},
+        {"2.100", 5, "8134"},
+        // textLen cuts the text short (when no '.' follows within the
+        // over-scan); the digits of a cut arc are still read whole.
+        {"1.2.643.2xx", 9, "2a850302"},
+        {"1.2.643.2.2.3", 6, "2a8503"},
+        // For each '.' after the first, the scan reads one byte beyond
+        // text + textLen, and a '.' there starts another arc.
+        {"1.2.3.9", 5, "2a0309"},
+        {"1.2.3", 5, "2a03"},             // one extra dot: reads text[5], the NUL
+        {"1.2.3.4xy.7", 7, "2a0304"},     // two extra dots: reads text[7], text[8]
+        {"1.2.3.4x.7", 7, "2a030407"},    // ... so a '.' two bytes past adds an arc
+        {"1.2.3.4\0.7"s, 7, "2a0304"},    // a NUL ends the over-scan
+        // '.' at text[0]: the first arc reads ".5" (wrapping to 0xFFFFFFF1),
+        // the second starts at text[1]; 40 * a1 + 5 wraps to 0xFFFFFDAD.
+        {".5.1", 4, "8ffffffb2d01"},
+    };
+    for (const auto& c : cases) expect_oid(c.text, c.len, c.der);
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 #include <string>
 
@@ -14,27 +13,29 @@
 
 namespace {
 
-// A heap block of exactly n bytes, so that any access past it is reported.
+// A heap block of exactly the given bytes, so that any access past it is reported.
 struct Exact {
     std::unique_ptr<unsigned char[]> p;
-    explicit Exact(size_t n, unsigned char fill = 0) : p(new unsigned char[n ? n : 1]) { std::memset(p.get(), fill, n); }
-    explicit Exact(const std::string& s) : Exact(s.size()) { std::memcpy(p.get(), s.data(), s.size()); }
+    explicit Exact(const kt::Bytes& b) : p(new unsigned char[b.empty() ? 1 : b.size()]) {
+        std::copy(b.begin(), b.end(), p.get());
+    }
+    explicit Exact(size_t n, unsigned char fill = 0) : Exact(kt::Bytes(n, fill)) {}
+    explicit Exact(const std::string& s) : Exact(kt::Bytes(s.begin(), s.end())) {}
     unsigned char* get() { return p.get(); }
 };
 
 TEST(EncodingBounds, DerReadersStayInTheHeader) {
-    const char* headers[] = {"0400", "047f", "048180", "04820100", "0483010000", "0484ffffffff", "0480", "0485"};
-    for (const char* h : headers) {
+    for (const char* h : {"0400", "047f", "048180", "04820100", "0483010000", "0484ffffffff", "0480", "0485"}) {
         kt::Bytes b = kt::from_hex(h);
-        Exact e(b.size());
-        std::memcpy(e.get(), b.data(), b.size());
-        unsigned int hl = ASN1_header_legth(e.get());
-        unsigned int len = ASN1_get_block_length(e.get());
-        if (hl) EXPECT_EQ(hl, b.size()) << h;
-        else EXPECT_EQ(len, 0u) << h;
-        // The writer writes exactly the header it reports.
-        Exact w(hl ? hl : 2);
-        if (hl) EXPECT_EQ(ASN1_set_header(w.get(), 0x04, len), hl);
+        Exact e(b);
+        unsigned int hl = ASN1_header_legth(e.get()), len = ASN1_get_block_length(e.get());
+        if (!hl) {
+            EXPECT_EQ(len, 0u) << h;
+            continue;
+        }
+        EXPECT_EQ(hl, b.size()) << h;
+        Exact w(hl);  // the writer writes exactly the header it reports
+        EXPECT_EQ(ASN1_set_header(w.get(), 0x04, len), hl);
     }
 }
 
@@ -42,9 +43,7 @@ TEST(EncodingBounds, CopyMoveCompareAtBufferEnds) {
     kt::Rng rng(17);
     for (unsigned int n = 0; n <= 80; ++n)
         for (int k = 0; k < 4; ++k) {
-            Exact a(n), b(n);
-            kt::Bytes d = rng.bytes(n);
-            if (n) std::memcpy(a.get(), d.data(), n);
+            Exact a(rng.bytes(n)), b(n);
             ASN1_mem_copy(a.get(), b.get(), n);
             ASSERT_EQ(ASN1_mem_compare(a.get(), b.get(), n), 0);
             ASN1_mem_move(b.get(), a.get(), n);
@@ -60,15 +59,12 @@ TEST(EncodingBounds, CopyMoveCompareAtBufferEnds) {
 TEST(EncodingBounds, OidOverScanReadsOnlyTheContractedBytes) {
     // Followed by exactly (dots - 1) bytes that are neither '.' nor digits,
     // and no NUL; at least one, since the number reader reads the character
-    // that ends the last arc.
-    const std::string oids[] = {"1.2", "1.2.643", "1.2.643.2.2.3", "1.2.840.113549.1.9.16.1.2"};
-    for (const std::string& o : oids) {
+    // that ends the last arc. Then NUL-terminated in exactly textLen + 1 bytes.
+    for (const std::string o : {"1.2", "1.2.643", "1.2.643.2.2.3", "1.2.840.113549.1.9.16.1.2"}) {
         size_t dots = static_cast<size_t>(std::count(o.begin(), o.end(), '.'));
-        Exact t(o + std::string(std::max<size_t>(dots - 1, 1), 'x'));
+        Exact t(o + std::string(std::max<size_t>(dots - 1, 1), 'x')), z(o + std::string(1, '\0'));
         unsigned char out[64];
         EXPECT_GT(ASN1_code_ASCII_OID_to_DER(t.get(), static_cast<unsigned char>(o.size()), out), 0u) << o;
-        // NUL-terminated text in a block of exactly textLen + 1 bytes.
-        Exact z(o + std::string(1, '\0'));
         EXPECT_GT(ASN1_code_ASCII_OID_to_DER(z.get(), static_cast<unsigned char>(o.size()), out), 0u) << o;
     }
 }
@@ -76,25 +72,18 @@ TEST(EncodingBounds, OidOverScanReadsOnlyTheContractedBytes) {
 TEST(EncodingBounds, Base64ExactBuffers) {
     kt::Rng rng(23);
     for (unsigned int n = 0; n < 40; ++n) {
-        kt::Bytes d = rng.bytes(n);
-        Exact in(n);
-        if (n) std::memcpy(in.get(), d.data(), n);
         unsigned int t = (n + 2) / 3 * 4;
-        Exact text(t);
+        Exact in(rng.bytes(n)), text(t), back(t / 4 * 3);
         ASSERT_EQ(Base64_code_msg(in.get(), n, text.get()), t);
-        if (t == 0) continue;
-        Exact back(t / 4 * 3);
-        ASSERT_EQ(Base64_decode_msg(text.get(), t, back.get()), n);
+        if (t) ASSERT_EQ(Base64_decode_msg(text.get(), t, back.get()), n);
     }
     // len below 4 still reads the 4 characters at in[0..3] and writes 3 bytes.
-    Exact four(std::string("TWE="));
-    Exact out(3);
+    Exact four(std::string("TWE=")), out(3);
     for (unsigned int len = 0; len < 4; ++len) EXPECT_EQ(Base64_decode_msg(four.get(), len, out.get()), 2u);
     // Every byte value through the single-character decoder and the block
     // decoder: nothing outside the alphabet is read.
     for (unsigned int c = 0; c < 256; ++c) {
-        Exact g(4, static_cast<unsigned char>(c));
-        Exact o(3);
+        Exact g(4, static_cast<unsigned char>(c)), o(3);
         Base64_decode_block(g.get(), o.get());
         Base64_decode(static_cast<unsigned char>(c));
     }
@@ -103,12 +92,8 @@ TEST(EncodingBounds, Base64ExactBuffers) {
 TEST(EncodingBounds, Crc32ExactBuffers) {
     kt::Rng rng(29);
     for (unsigned int n = 0; n < 70; ++n) {
-        kt::Bytes d = rng.bytes(n);
-        Exact in(n);
-        if (n) std::memcpy(in.get(), d.data(), n);
-        unsigned int a = CRC32_block(in.get(), n);
-        ASSERT_EQ(CRC32_block_lookup(in.get(), n), a);
-        Exact reg(4, 0xFF);
+        Exact in(rng.bytes(n)), reg(4, 0xFF);
+        ASSERT_EQ(CRC32_block_lookup(in.get(), n), CRC32_block(in.get(), n));
         CRC32_stream(reinterpret_cast<unsigned int*>(reg.get()), in.get(), n);
     }
 }
