@@ -4,6 +4,8 @@
 // where it is reachable.
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "../../rng/bit_stats.h"
 #include "PRNG.h"
 #include "rng/prng_model.h"
@@ -27,11 +29,8 @@ void expect_same(const Bytes& s, const char* what) {
     kt::ModelCounts m(s);
     for (size_t chunk : {size_t(8), size_t(1024), s.size()}) {
         kx::BitCounts c = count(s, chunk);
-        EXPECT_EQ(c.ones, m.ones) << what;
-        EXPECT_EQ(c.diff1, m.diff1) << what;
-        EXPECT_EQ(c.diff8, m.diff8) << what;
-        EXPECT_EQ(c.run1, m.run1) << what;
-        EXPECT_EQ(c.run0, m.run0) << what;
+        auto all = [](const auto& x) { return std::make_tuple(x.ones, x.diff1, x.diff8, x.run1, x.run0); };
+        EXPECT_EQ(all(c), all(m)) << what << ", fed " << chunk << " bytes at a time";
         EXPECT_EQ(kx::bit_counts_pass(c), m.pass()) << what;
     }
 }
@@ -59,19 +58,17 @@ TEST(BitStats, MatchesBitByBitModel) {
 }
 
 TEST(BitStats, Bounds) {
-    auto make = [](uint32_t v, uint32_t r) { return kx::BitCounts{v, v, v, r, r}; };
-    EXPECT_TRUE(kx::bit_counts_pass(make(408434, 14)));
-    EXPECT_TRUE(kx::bit_counts_pass(make(410765, 29)));
-    EXPECT_FALSE(kx::bit_counts_pass(make(408433, 20)));
-    EXPECT_FALSE(kx::bit_counts_pass(make(410766, 20)));
-    EXPECT_FALSE(kx::bit_counts_pass(make(409600, 13)));
-    EXPECT_FALSE(kx::bit_counts_pass(make(409600, 30)));
-    kx::BitCounts c = make(409600, 20);
-    c.diff8 = 0;
-    EXPECT_FALSE(kx::bit_counts_pass(c));
-    c = make(409600, 20);
-    c.run0 = 30;
-    EXPECT_FALSE(kx::bit_counts_pass(c));
+    // Every count at both limits and just outside them, each count alone.
+    const struct { uint32_t v, r; bool pass; } edges[] = {
+        {408434, 14, true}, {410765, 29, true}, {408433, 20, false},
+        {410766, 20, false}, {409600, 13, false}, {409600, 30, false},
+    };
+    for (const auto& e : edges) EXPECT_EQ(kx::bit_counts_pass({e.v, e.v, e.v, e.r, e.r}), e.pass) << e.v << " " << e.r;
+    for (int field = 0; field < 5; ++field) {
+        uint32_t c[5] = {409600, 409600, 409600, 20, 20};
+        c[field] = field < 3 ? 0 : 30;
+        EXPECT_FALSE(kx::bit_counts_pass({c[0], c[1], c[2], c[3], c[4]})) << field;
+    }
 }
 
 TEST(PrngBuffer, ClearedAfterPass) {

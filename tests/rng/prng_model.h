@@ -5,9 +5,9 @@
 #ifndef KORVEX_TESTS_RNG_PRNG_MODEL_H
 #define KORVEX_TESTS_RNG_PRNG_MODEL_H
 
+#include <algorithm>
 #include <array>
 #include <cstring>
-#include <vector>
 
 #include "GOST_28147_89.h"
 #include "common/test_util.h"
@@ -20,18 +20,13 @@ struct PrngModel {
     unsigned char st[40];
 
     explicit PrngModel(const unsigned char* seed) { std::memcpy(st, seed, 40); }
-
-    bool seeded() const {
-        for (unsigned char c : st)
-            if (c) return true;
-        return false;
-    }
+    Bytes state() const { return Bytes(st, st + 40); }
 
     Out32 step() {
         unsigned char buf[72] = {};
         type_uN<32> key;
-        std::memcpy(key.b, st, 32);
         type_u64 syn;
+        std::memcpy(key.b, st, 32);
         std::memcpy(&syn, st + 32, 8);
         GOST_28147_89_Z_CFB(buf, 72, &key, &syn, 2);
         std::memcpy(st, buf, 40);
@@ -49,52 +44,38 @@ struct ModelCounts {
     explicit ModelCounts(const Bytes& stream) {
         const size_t n = stream.size() * 8;
         auto bit = [&](size_t i) { return i < n ? (stream[i / 8] >> (i % 8)) & 1 : 0; };
-        unsigned run = 0;
-        int cur = -1;
-        unsigned longest[2] = {0, 0};
+        unsigned run = 0, longest[2] = {0, 0};
         for (size_t i = 0; i < n; ++i) {
             int b = bit(i);
             ones += b;
             diff1 += b != bit(i + 1);
             diff8 += b != bit(i + 8);
-            run = b == cur ? run + 1 : 1;
-            cur = b;
-            if (run > longest[b]) longest[b] = run;
+            run = i && b == bit(i - 1) ? run + 1 : 1;
+            longest[b] = std::max(longest[b], run);
         }
         run0 = longest[0];
         run1 = longest[1];
     }
 
     bool pass() const {
-        auto in = [](unsigned v) { return v >= 408434 && v <= 410765; };
-        auto run_ok = [](unsigned v) { return v >= 14 && v <= 29; };
-        return in(ones) && in(diff1) && in(diff8) && run_ok(run1) && run_ok(run0);
+        auto in = [](unsigned v, unsigned lo, unsigned hi) { return v >= lo && v <= hi; };
+        return in(ones, 408434, 410765) && in(diff1, 408434, 410765) && in(diff8, 408434, 410765) &&
+               in(run1, 14, 29) && in(run0, 14, 29);
     }
 };
 
-// Runs the modelled self-test from seed: the number of attempts made (1..5)
-// and whether the last one passed; the model is left where the generator is.
-struct ModelInit {
-    int attempts = 0;
-    bool passed = false;
-};
-
-inline ModelInit model_init(PrngModel& m) {
-    ModelInit r;
-    for (r.attempts = 1; r.attempts <= 5; ++r.attempts) {
+// Runs the modelled self-test on m: the attempt (1..5) that passed, or 0
+// when all five failed; m is left where the generator is.
+inline int model_init(PrngModel& m) {
+    for (int attempt = 1; attempt <= 5; ++attempt) {
         Bytes stream;
-        stream.reserve(102400);
         for (int i = 0; i < 3200; ++i) {
             Out32 o = m.step();
             stream.insert(stream.end(), o.begin(), o.end());
         }
-        if (ModelCounts(stream).pass()) {
-            r.passed = true;
-            return r;
-        }
+        if (ModelCounts(stream).pass()) return attempt;
     }
-    r.attempts = 5;
-    return r;
+    return 0;
 }
 
 }  // namespace kt

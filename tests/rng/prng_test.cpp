@@ -29,22 +29,12 @@ TEST(PrngStep, MatchesOpensslGostEngine) {
     ASSERT_EQ(records.size(), 5u);
     for (auto& r : records) {
         set_state(kt::from_hex(r["seed"]));
-        for (int n = 1; n <= 4; ++n) {
+        for (std::string n : {"1", "2", "3", "4"}) {
             Out32 o = draw();
-            EXPECT_EQ(kt::to_hex(o.data(), 32), r["out" + std::to_string(n)]) << r["seed"] << " " << n;
+            EXPECT_EQ(kt::to_hex(o.data(), 32), r["out" + n]) << r["seed"] << " " << n;
             // Key erasure: the state is the first 40 bytes of the step.
-            EXPECT_EQ(kt::to_hex(get_state()), r["state" + std::to_string(n)]);
+            EXPECT_EQ(kt::to_hex(get_state()), r["state" + n]);
         }
-    }
-}
-
-TEST(PrngStep, MatchesModelOverManySteps) {
-    kt::Rng rng(11);
-    for (int s = 0; s < 4; ++s) {
-        Bytes seed = rng.bytes(40);
-        set_state(seed);
-        kt::PrngModel m(seed.data());
-        for (int i = 0; i < 200; ++i) ASSERT_EQ(draw(), m.step()) << s << " " << i;
     }
 }
 
@@ -54,11 +44,10 @@ TEST(PrngGet, NullAndUnseeded) {
     type_uN<32> out;
     std::memset(out.b, 0xA5, 32);
     EXPECT_EQ(PRNG_get(&out), 1);
-    for (unsigned char c : out.b) ASSERT_EQ(c, 0xA5);
+    EXPECT_EQ(Bytes(out.b, out.b + 32), Bytes(32, 0xA5));
     EXPECT_EQ(get_state(), Bytes(40, 0));
     EXPECT_EQ(PRNG_get(nullptr), 2);
-
-    // Null output is 2 even when seeded, and the state stays.
+    // A null output is 2 even when seeded, and the state stays.
     Bytes seed = kt::Rng(5).bytes(40);
     set_state(seed);
     EXPECT_EQ(PRNG_get(nullptr), 2);
@@ -72,56 +61,42 @@ TEST(PrngGet, AnyNonZeroWordCountsAsSeeded) {
             Bytes seed(40, 0);
             seed[4 * word + 3] = v;
             set_state(seed);
-            kt::PrngModel m(seed.data());
-            EXPECT_EQ(draw(), m.step()) << word;
+            EXPECT_EQ(draw(), kt::PrngModel(seed.data()).step()) << word;
         }
 }
 
 TEST(PrngInit, FirstOutputFollowsTheTestedSteps) {
     // After a pass at attempt a, the generator has made 3200 * a steps; the
     // first output is step 3200 * a + 1. Rng(21) fails its first attempt,
-    // Rng(1807) its first two.
-    const uint64_t seeds[] = {1, 2, 3, 21, 1807};
-    for (uint64_t s : seeds) {
-        Bytes seed = kt::Rng(s).bytes(40);
+    // Rng(1807) its first two. Seed 1 comes twice: a generator seeded alike
+    // again gives the same stream, whatever it did in between.
+    const struct { uint64_t seed; int attempts; } cases[] = {{1, 1}, {2, 1}, {21, 2}, {1, 1}, {1807, 3}};
+    for (const auto& c : cases) {
+        Bytes seed = kt::Rng(c.seed).bytes(40);
         kt::PrngModel m(seed.data());
-        kt::ModelInit expect = kt::model_init(m);
-        ASSERT_TRUE(expect.passed);
-        if (s == 21) ASSERT_EQ(expect.attempts, 2);
-        if (s == 1807) ASSERT_EQ(expect.attempts, 3);
-        EXPECT_EQ(PRNG_init(seed.data()), 0) << s;
-        EXPECT_EQ(get_state(), Bytes(m.st, m.st + 40)) << s << ": 3200 steps per attempt";
-        EXPECT_EQ(draw(), m.step()) << s;
+        ASSERT_EQ(kt::model_init(m), c.attempts) << c.seed;
+        EXPECT_EQ(PRNG_init(seed.data()), 0) << c.seed;
+        EXPECT_EQ(get_state(), m.state()) << c.seed << ": 3200 steps per attempt";
+        for (int i = 0; i < 20; ++i) EXPECT_EQ(draw(), m.step()) << c.seed;
     }
-}
-
-TEST(PrngInit, TwoGeneratorsSeededAlikeAgree) {
-    Bytes seed = kt::Rng(77).bytes(40);
-    ASSERT_EQ(PRNG_init(seed.data()), 0);
-    std::vector<Out32> first;
-    for (int i = 0; i < 50; ++i) first.push_back(draw());
-    ASSERT_EQ(PRNG_init(seed.data()), 0);
-    for (int i = 0; i < 50; ++i) EXPECT_EQ(draw(), first[i]) << i;
 }
 
 TEST(PrngInit, ZeroSeedFails) {
     // Never seeded: every step returns 1 without writing, the test judges an
-    // unchanged buffer and fails five times.
+    // unchanged buffer and fails five times; the state stays unseeded.
     Bytes zero(40, 0);
     EXPECT_EQ(PRNG_init(zero.data()), 3);
     EXPECT_EQ(get_state(), zero);
-    type_uN<32> out;
-    EXPECT_EQ(PRNG_get(&out), 1);
 }
 
 TEST(PrngInit, SeedFromTheStateItself) {
     // The source may be the state: the copy must not feed on itself.
     Bytes seed = kt::Rng(9).bytes(40);
     set_state(seed);
-    kt::PrngModel a(seed.data());
-    kt::model_init(a);
+    kt::PrngModel m(seed.data());
+    kt::model_init(m);
     ASSERT_EQ(PRNG_init(PRNG_get_RAND_ptr()), 0);
-    EXPECT_EQ(get_state(), Bytes(a.st, a.st + 40));
+    EXPECT_EQ(get_state(), m.state());
 }
 
 }  // namespace
