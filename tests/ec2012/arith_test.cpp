@@ -6,16 +6,11 @@ using namespace ec2012;
 
 namespace {
 
-std::vector<kt::Record> ops(const std::string& op) {
-    std::vector<kt::Record> out;
-    for (auto& r : kt::load_records("ec2012/arith.txt"))
-        if (r["op"] == op) out.push_back(r);
-    return out;
-}
+U64 kOnes = le(std::string(128, 'f'));
 
-U64 all_ones() {
-    U64 r;
-    for (auto& c : r.b) c = 0xFF;
+U64 pow2(unsigned bit) {
+    U64 r{};
+    r.b[bit / 8] = static_cast<unsigned char>(1u << (bit % 8));
     return r;
 }
 
@@ -25,84 +20,69 @@ TEST(Arith512, ModularOpsOnEveryCurveModulus) {
     auto recs = ops("mod");
     ASSERT_EQ(recs.size(), 30u);
     for (auto& r : recs) {
-        U64 m = le(r["m"]), a = le(r["a"]), b = le(r["b"]), out;
+        U64 m = le(r["m"]), a = le(r["a"]), b = le(r["b"]), out, x = a, y = b, z = a;
         GOST_34_10_2012_add_mod_p_512_bit(&out, &a, &b, &m);
         EXPECT_EQ(hex(out), r["add"]);
         GOST_34_10_2012_sub_mod_p_512_bit(&out, &a, &b, &m);
         EXPECT_EQ(hex(out), r["sub"]);
         GOST_34_10_2012_mul_mod_p_512_bit(&out, &a, &b, &m);
         EXPECT_EQ(hex(out), r["mul"]);
-        out = a;
-        GOST_34_10_2012_div_mod_p_512_bit(&out, nullptr, &m);
-        EXPECT_EQ(hex(out), r["inv"]);
-        out = a;
-        GOST_34_10_2012_div_mod_p_512_bit(&out, &b, &m);
-        EXPECT_EQ(hex(out), r["div"]);
-        // In place: result over an operand.
-        U64 x = a;
-        GOST_34_10_2012_mul_mod_p_512_bit(&x, &x, &b, &m);
-        EXPECT_EQ(hex(x), r["mul"]);
-        x = b;
-        GOST_34_10_2012_add_mod_p_512_bit(&x, &a, &x, &m);
-        EXPECT_EQ(hex(x), r["add"]);
+        GOST_34_10_2012_div_mod_p_512_bit(&x, nullptr, &m);
+        EXPECT_EQ(hex(x), r["inv"]);
+        GOST_34_10_2012_div_mod_p_512_bit(&z, &b, &m);
+        EXPECT_EQ(hex(z), r["div"]);
+        z = a;  // in place: result over an operand
+        GOST_34_10_2012_mul_mod_p_512_bit(&z, &z, &b, &m);
+        EXPECT_EQ(hex(z), r["mul"]);
+        GOST_34_10_2012_add_mod_p_512_bit(&y, &a, &y, &m);
+        EXPECT_EQ(hex(y), r["add"]);
     }
 }
 
-TEST(Arith512, CarryBorrowShiftAndCodes) {
-    U64 ones = all_ones(), one = small(1), zero{}, r;
-    EXPECT_EQ(GOST_34_10_2012_add_512_bit(&r, &ones, &one), 1);
+TEST(Arith512, CarryBorrowAndShifts) {
+    U64 one = small(1), zero{}, r;
+    EXPECT_EQ(GOST_34_10_2012_add_512_bit(&r, &kOnes, &one), 1);
     EXPECT_EQ(hex(r), hex(zero));
     EXPECT_EQ(GOST_34_10_2012_sub_512_bit(&r, &zero, &one), 1);
-    EXPECT_EQ(hex(r), hex(ones));
+    EXPECT_EQ(hex(r), hex(kOnes));
     EXPECT_EQ(GOST_34_10_2012_sub_512_bit(&r, &one, &one), 0);
-
-    U64 top{};
-    top.b[63] = 0x80;
-    r = top;
-    EXPECT_EQ(GOST_34_10_2012_shl_512_bit(&r), 1);
-    EXPECT_EQ(hex(r), hex(zero));
-    r = top;
-    EXPECT_EQ(GOST_34_10_2012_shr_512_bit(&r), 0);
-    EXPECT_EQ(r.b[63], 0x40);
-    r = one;
-    EXPECT_EQ(GOST_34_10_2012_shr_512_bit(&r), 1);
-    // A bit crossing from word 1 to word 0.
-    U64 w{};
-    w.b[8] = 1;
-    GOST_34_10_2012_shr_512_bit(&w);
-    EXPECT_EQ(w.b[7], 0x80);
-
-    EXPECT_EQ(GOST_34_10_2012_comparison_512_bit(&top, &one), 2);
-    EXPECT_EQ(GOST_34_10_2012_comparison_512_bit(&one, &top), 0);
-    EXPECT_EQ(GOST_34_10_2012_comparison_512_bit(&top, &top), 1);
-    EXPECT_EQ(GOST_34_10_2012_comparison_512_bit_zero(&zero), 1);
-    EXPECT_EQ(GOST_34_10_2012_comparison_512_bit_zero(&top), 2);
-    U64 two64{};
-    two64.b[8] = 1;
-    EXPECT_EQ(GOST_34_10_2012_comparison_512_bit_one(&zero), 0);
-    EXPECT_EQ(GOST_34_10_2012_comparison_512_bit_one(&one), 1);
-    EXPECT_EQ(GOST_34_10_2012_comparison_512_bit_one(&two64), 2);
-    U64 three = small(3);
-    EXPECT_EQ(GOST_34_10_2012_comparison_512_bit_one(&three), 2);
-
-    // The exported constants.
+    // {value, shift left?, bit out, result}; 64 -> 63 crosses from word 1 to word 0.
+    struct Case { U64 v; bool left; int out; U64 r; };
+    for (auto c : {Case{pow2(511), true, 1, zero}, Case{pow2(511), false, 0, pow2(510)},
+                   Case{one, false, 1, zero}, Case{pow2(64), false, 0, pow2(63)}, Case{pow2(63), true, 0, pow2(64)}}) {
+        EXPECT_EQ(c.left ? GOST_34_10_2012_shl_512_bit(&c.v) : GOST_34_10_2012_shr_512_bit(&c.v), c.out);
+        EXPECT_EQ(hex(c.v), hex(c.r));
+    }
     EXPECT_EQ(hex(*zero_512_bit_ptr), hex(zero));
     EXPECT_EQ(hex(*one_512_bit_ptr), hex(one));
     GOST_34_10_2012_set_512_bit(&r, one_512_bit_ptr);
     EXPECT_EQ(hex(r), hex(one));
 }
 
+// Three-way comparison against b, the zero test and the one test of a.
+TEST(Arith512, ComparisonCodes) {
+    struct Case { U64 a, b; int cmp, zero, one; };
+    const Case cases[] = {
+        {U64{}, small(1), 0, 1, 0}, {small(1), pow2(511), 0, 2, 1}, {pow2(511), small(1), 2, 2, 2},
+        {pow2(64), small(3), 2, 2, 2}, {small(3), small(3), 1, 2, 2}, {kOnes, kOnes, 1, 2, 2},
+    };
+    for (auto c : cases) {
+        SCOPED_TRACE(hex(c.a));
+        EXPECT_EQ(GOST_34_10_2012_comparison_512_bit(&c.a, &c.b), c.cmp);
+        EXPECT_EQ(GOST_34_10_2012_comparison_512_bit_zero(&c.a), c.zero);
+        EXPECT_EQ(GOST_34_10_2012_comparison_512_bit_one(&c.a), c.one);
+    }
+}
+
 TEST(Arith512, SingleReductionAndDivisionByZero) {
-    Curve B = curve(2);
+    Curve A = curve(1), B = curve(2);
     // mod_p subtracts once: 2^512 - 1 mod (2^511 + 111) leaves 2^511 - 112.
-    U64 x = all_ones();
-    GOST_34_10_2012_mod_p_512_bit(&x, &B.p);
-    U64 want = all_ones();
+    U64 x = kOnes, want = kOnes;
     want.b[63] = 0x7F;
-    want.b[0] = 0x90;  // 2^511 - 112 = 0x7FFF..FF90
+    want.b[0] = 0x90;
+    GOST_34_10_2012_mod_p_512_bit(&x, &B.p);
     EXPECT_EQ(hex(x), hex(want));
-    // A value below p is left alone.
-    x = small(5);
+    x = small(5);  // below p: left alone
     GOST_34_10_2012_mod_p_512_bit(&x, &B.p);
     EXPECT_EQ(hex(x), hex(small(5)));
     // Dividing by zero gives 0, with or without a numerator.
@@ -112,71 +92,51 @@ TEST(Arith512, SingleReductionAndDivisionByZero) {
     GOST_34_10_2012_div_mod_p_512_bit(&z, nullptr, &B.p);
     EXPECT_EQ(hex(z), hex(U64{}));
     // add_mod with a + b >= 2^512 (paramSetA's p is above 2^511) still
-    // subtracts p once.
-    Curve A = curve(1);
-    U64 a = A.p, b = A.p, r;
-    a.b[0] -= 1;
-    b.b[0] -= 2;
+    // subtracts p once: (p - 1) + (p - 2) - p.
+    U64 a = A.p, b = A.p, r, expect = A.p;
+    a.b[0] -= 1, b.b[0] -= 2, expect.b[0] -= 3;
     GOST_34_10_2012_add_mod_p_512_bit(&r, &a, &b, &A.p);
-    U64 expect = A.p;
-    expect.b[0] -= 3;  // (p - 1) + (p - 2) - p
     EXPECT_EQ(hex(r), hex(expect));
 }
 
-TEST(ArithMP, MulModPAgreesWithGenericOnParamSetA) {
-    auto recs = ops("mulmp");
+// mul_MP_mod_p: python3 products; equal to the generic one or one prime above
+// it (no final comparison); only a modulus whose low byte is C7 reduces, by
+// 2^512 - 569, any other gives the plain low half.
+TEST(ArithMP, MulModP) {
+    auto recs = ops("mulmp"), raw = ops("mulmp_raw");
     ASSERT_EQ(recs.size(), 12u);
+    ASSERT_EQ(raw.size(), 9u);
     Curve A = curve(1);
     for (auto& r : recs) {
-        U64 m = le(r["m"]), a = le(r["a"]), b = le(r["b"]), fast, slow;
+        U64 m = le(r["m"]), a = le(r["a"]), b = le(r["b"]), fast, slow, back;
         GOST_34_10_2012_mul_MP_mod_p_512_bit(&fast, &a, &b, &m);
         GOST_34_10_2012_mul_mod_p_512_bit(&slow, &a, &b, &m);
         EXPECT_EQ(hex(slow), r["prod"]);
-        // Equal, or one prime above (no final comparison is made).
         if (hex(fast) != r["prod"]) {
-            U64 back;
             EXPECT_EQ(GOST_34_10_2012_sub_512_bit(&back, &fast, &A.p), 0);
             EXPECT_EQ(hex(back), r["prod"]);
         }
-        // Aliased result.
-        GOST_34_10_2012_mul_MP_mod_p_512_bit(&a, &a, &b, &m);
+        GOST_34_10_2012_mul_MP_mod_p_512_bit(&a, &a, &b, &m);  // aliased result
         EXPECT_EQ(hex(a), hex(fast));
     }
-}
-
-TEST(ArithMP, MulModPLeavesUnreducedValuesAbovePrime) {
-    // (p + 5) * 1 stays p + 5: the product has no high half, no carry, and no
-    // final comparison is made.
-    Curve A = curve(1);
-    U64 a = A.p, one = small(1), r;
-    a.b[0] += 5;
-    GOST_34_10_2012_mul_MP_mod_p_512_bit(&r, &a, &one, &A.p);
-    EXPECT_EQ(hex(r), hex(a));
-    // (2^512 - 1)^2 = 2^1024 - 2^513 + 1 folds to a value congruent to
-    // (569 - 1)^2 = 322624.
-    U64 ones = all_ones();
-    GOST_34_10_2012_mul_MP_mod_p_512_bit(&r, &ones, &ones, &A.p);
-    U64 expect{};
-    expect.b[0] = 322624 & 0xFF;
-    expect.b[1] = (322624 >> 8) & 0xFF;
-    expect.b[2] = 322624 >> 16;
-    EXPECT_EQ(hex(r), hex(expect));
-}
-
-TEST(ArithMP, MulModPReturnsPlainLowHalfForOtherModuli) {
-    auto recs = ops("mulmp_raw");
-    ASSERT_EQ(recs.size(), 9u);
-    for (auto& r : recs) {
+    for (auto& r : raw) {
         U64 m = le(r["m"]), a = le(r["a"]), b = le(r["b"]), out;
         ASSERT_NE(m.b[0], 0xC7);
         GOST_34_10_2012_mul_MP_mod_p_512_bit(&out, &a, &b, &m);
         EXPECT_EQ(hex(out), r["low"]);
     }
-    // Only the low byte is looked at: a modulus ending in C7 reduces by 2^512 - 569.
-    U64 m = small(0xC7), a = all_ones(), b = small(2), out;
-    GOST_34_10_2012_mul_MP_mod_p_512_bit(&out, &a, &b, &m);
-    // 2 * (2^512 - 1) = 2^513 - 2 = 2 * 569 - 2 mod (2^512 - 569).
-    EXPECT_EQ(hex(out), hex(small(2 * 569 - 2)));
+    U64 ones = kOnes, p5 = A.p, one = small(1), two = small(2), c7 = small(0xC7), out;
+    p5.b[0] += 5;
+    struct Case { U64 a, b, m, r; const char* what; };
+    const Case cases[] = {
+        {p5, one, A.p, p5, "(p + 5) * 1: no high half, no carry, stays above p"},
+        {ones, ones, A.p, small(322624), "(2^512 - 1)^2 folds to (569 - 1)^2"},
+        {ones, two, c7, small(2 * 569 - 2), "only the low byte of m is looked at"},
+    };
+    for (auto c : cases) {
+        GOST_34_10_2012_mul_MP_mod_p_512_bit(&out, &c.a, &c.b, &c.m);
+        EXPECT_EQ(hex(out), hex(c.r)) << c.what;
+    }
 }
 
 TEST(ArithMP, MulModQOnParamSetAOrder) {
@@ -190,26 +150,22 @@ TEST(ArithMP, MulModQOnParamSetAOrder) {
         EXPECT_EQ(hex(b), r["prod"]);
     }
     // Nothing to fold (a * 1 < 2^512): only the final comparison reduces.
-    U64 q = curve(1).q, one = small(1), out;
-    for (U64 a : {q, all_ones()}) {
-        U64 want;
+    U64 q = curve(1).q, one = small(1), out, want;
+    for (U64 a : {q, kOnes}) {
         GOST_34_10_2012_sub_512_bit(&want, &a, &q);
         GOST_34_10_2012_mul_MP_mod_q_512_bit(&out, &a, &one, &q);
         EXPECT_EQ(hex(out), hex(want));
     }
 }
 
+// The small MP wrappers against the generic modular operations.
 TEST(ArithMP, Wrappers) {
     kt::Rng rng(512);
     for (int set : {1, 2}) {
         U64 m = curve(set).p;
         for (int i = 0; i < 8; ++i) {
-            kt::Bytes ra = rng.bytes(64), rb = rng.bytes(64);
-            U64 a, b;
-            for (int j = 0; j < 64; ++j) a.b[j] = ra[j], b.b[j] = rb[j];
-            a.b[63] &= 0x3F;
-            b.b[63] &= 0x3F;  // below both primes
-            U64 r, t, e;
+            U64 a = le(kt::to_hex(rng.bytes(64))), b = le(kt::to_hex(rng.bytes(64))), r, t, e;
+            a.b[63] &= 0x3F, b.b[63] &= 0x3F;  // below both primes
             GOST_34_10_2012_squ_MP_mod_p_512_bit(&r, &a, &m);
             GOST_34_10_2012_mul_mod_p_512_bit(&e, &a, &a, &m);
             EXPECT_EQ(hex(r), hex(e));
@@ -226,26 +182,22 @@ TEST(ArithMP, Wrappers) {
             GOST_34_10_2012_add_mod_p_512_bit(&t, &b, &b, &m);
             GOST_34_10_2012_sub_mod_p_512_bit(&e, &a, &t, &m);
             EXPECT_EQ(hex(r), hex(e));
-            // Halving: 2 * (a / 2) = a.
-            t = a;
+            t = a;  // halving: 2 * (a / 2) = a
             GOST_34_10_2012_div2_mod_MP_512_bit(&t, &m);
             GOST_34_10_2012_add_mod_p_512_bit(&t, &t, &t, &m);
             EXPECT_EQ(hex(t), hex(a));
         }
-        // 1 / 2 = (m + 1) / 2.
+        // 1 / 2 = (m + 1) / 2, with the bit shifted out returned.
         U64 h = small(1), expect = m;
         EXPECT_EQ(GOST_34_10_2012_div2_mod_MP_512_bit(&h, &m), 0);
         GOST_34_10_2012_add_512_bit(&expect, &expect, one_512_bit_ptr);
         GOST_34_10_2012_shr_512_bit(&expect);
         EXPECT_EQ(hex(h), hex(expect));
     }
-    // The carry of a + m enters bit 511 (a 513-bit halving).
+    // The carry of a + m enters bit 511 (a 513-bit halving): (2p - 2) / 2.
     Curve A = curve(1);
-    U64 a = A.p, r;
-    a.b[0] -= 2;  // p - 2 is odd; p - 2 + p >= 2^512
-    r = a;
+    U64 r = A.p, expect = A.p;
+    r.b[0] -= 2, expect.b[0] -= 1;
     GOST_34_10_2012_div2_mod_MP_512_bit(&r, &A.p);
-    U64 expect = A.p;
-    expect.b[0] -= 1;  // (2p - 2) / 2 = p - 1
     EXPECT_EQ(hex(r), hex(expect));
 }

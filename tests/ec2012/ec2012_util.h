@@ -14,34 +14,19 @@ using U64 = type_uN<64>;
 using U128 = type_uN<128>;
 
 // Little-endian hex as stored in the fixtures (an empty string gives 0).
-inline U64 le(const std::string& hex) {
+template <class V = U64>
+inline V le(const std::string& hex) {
     kt::Bytes b = kt::from_hex(hex);
-    U64 r{};
-    for (size_t i = 0; i < b.size() && i < 64; ++i) r.b[i] = b[i];
+    V r{};
+    for (size_t i = 0; i < b.size() && i < sizeof r.b; ++i) r.b[i] = b[i];
     return r;
 }
+inline U128 le128(const std::string& hex) { return le<U128>(hex); }
 
 // A number written as in the standards: big-endian hex.
-inline U64 be(const std::string& hex) {
-    kt::Bytes b = kt::reversed(kt::from_hex(hex));
-    U64 r{};
-    for (size_t i = 0; i < b.size() && i < 64; ++i) r.b[i] = b[i];
-    return r;
-}
+inline U64 be(const std::string& hex) { return le(kt::to_hex(kt::reversed(kt::from_hex(hex)))); }
 
-inline U64 small(unsigned v) {
-    U64 r{};
-    r.b[0] = static_cast<unsigned char>(v);
-    r.b[1] = static_cast<unsigned char>(v >> 8);
-    return r;
-}
-
-inline U128 le128(const std::string& hex) {
-    kt::Bytes b = kt::from_hex(hex);
-    U128 r{};
-    for (size_t i = 0; i < b.size() && i < 128; ++i) r.b[i] = b[i];
-    return r;
-}
+inline U64 small(unsigned v) { return le(kt::to_hex(&v, sizeof v)); }
 
 inline U128 join(const U64& x, const U64& y) {
     U128 r;
@@ -49,14 +34,21 @@ inline U128 join(const U64& x, const U64& y) {
     return r;
 }
 
-inline U64 half(const U128& v, int which) {
-    U64 r;
-    for (int i = 0; i < 64; ++i) r.b[i] = v.b[64 * which + i];
-    return r;
+inline U64 half(const U128& v, int which) { return le(kt::to_hex(v.b + 64 * which, 64)); }
+
+// The records of one kind ("op = ...") in ec2012/arith.txt.
+inline std::vector<kt::Record> ops(const std::string& op) {
+    std::vector<kt::Record> out;
+    for (auto& r : kt::load_records("ec2012/arith.txt"))
+        if (r["op"] == op) out.push_back(r);
+    return out;
 }
 
 inline std::string hex(const U64& v) { return kt::to_hex(v.b, 64); }
 inline std::string hex(const U128& v) { return kt::to_hex(v.b, 128); }
+// Values joined, so that one comparison shows a whole point.
+inline std::string pt(const U64& x, const U64& y) { return hex(x) + hex(y); }
+inline std::string pt(const U64& X, const U64& Y, const U64& Z) { return hex(X) + hex(Y) + hex(Z); }
 
 // OpenSSL's signature (s || r, each 64 bytes big-endian) in this library's
 // exported layout: s as two separately reversed 32-byte halves, low half
