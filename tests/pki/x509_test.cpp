@@ -41,16 +41,6 @@ Bytes key_usage_ext(const Bytes& bits, bool critical = false) {
                           seq({oid("551D0F"), crit, tlv(0x04, tlv(0x03, bits))})}));
 }
 
-// Selectors by the parameter-set names OpenSSL prints: the 2001 selector
-// and the 512-bit one.
-std::pair<unsigned, unsigned> selectors_of(const std::string& paramset) {
-    if (paramset.find("512 bit") != std::string::npos) return {0xFFFFFFFF, 1};  // TC26 paramSetA
-    if (paramset.find("256 bit") != std::string::npos) return {0xFFFFFFFF, 0xFFFFFFFF};  // TC26 256-bit sets
-    if (paramset.find("-A-") != std::string::npos || paramset.find("XchA") != std::string::npos) return {1, 0xFFFFFFFF};
-    if (paramset.find("-B-") != std::string::npos) return {2, 0xFFFFFFFF};
-    return {3, 0xFFFFFFFF};  // C and XchB
-}
-
 // The eight name slots in record order, as text.
 std::vector<std::string> slots(const x509_name& n) {
     std::vector<std::string> out;
@@ -63,18 +53,25 @@ std::vector<std::string> slots(const x509_name& n) {
 }  // namespace
 
 TEST(X509Fixtures, Accessors) {
-    // Key usage and subject slots (country, O, OU, dnQualifier, ST, CN,
-    // serialNumber, email; "-" absent) as OpenSSL wrote them.
-    const std::map<std::string, std::pair<unsigned, std::vector<std::string>>> want = {
-        {"ca_a", {0x61, {"RU", "Korvex Test CA", "Certificates", "-", "Moscow", "Korvex Root A", "-", "ca@korvex.test"}}},
-        {"leaf_b", {0x03, {"RU", "Korvex", "Signing", "-", "-", "Signer B", "SN-0002", "-"}}},
-        {"leaf_c", {0x0C, {"RU", "Korvex", "-", "q1", "Tver", "Encryption C", "-", "-"}}},  // critical
-        // Repeated attributes: the first commonName, the last emailAddress.
-        {"leaf_xa", {0x05, {"RU", "Korvex", "-", "-", "-", "First Name", "-", "last@korvex.test"}}},
-        {"leaf_xb", {0x110, {"RU", "-", "-", "-", "-", "Exchange XB", "-", "-"}}},  // keyAgreement, decipherOnly
-        {"leaf_512a", {0x03, {"RU", "Korvex", "-", "-", "-", "Long Key 512", "-", "-"}}},
-        {"leaf_tc26a", {0x03, {"RU", "Korvex", "-", "-", "-", "TC26 256 A", "-", "-"}}},
-        {"v1_a", {0, {"RU", "-", "-", "-", "-", "Version One", "-", "-"}}},  // no extensions in v1
+    // Per certificate as OpenSSL made it: the 2001 and 512-bit selectors of
+    // its parameter set (X none), key usage, and the subject slots (country,
+    // O, OU, dnQualifier, ST, CN, serialNumber, email; "-" absent).
+    const unsigned X = 0xFFFFFFFF;
+    struct Want {
+        unsigned sel256, sel512, usage;
+        std::vector<std::string> subject;
+    };
+    const std::map<std::string, Want> want = {
+        {"ca_a", {1, X, 0x61, {"RU", "Korvex Test CA", "Certificates", "-", "Moscow", "Korvex Root A", "-", "ca@korvex.test"}}},
+        {"leaf_b", {2, X, 0x03, {"RU", "Korvex", "Signing", "-", "-", "Signer B", "SN-0002", "-"}}},
+        {"leaf_c", {3, X, 0x0C, {"RU", "Korvex", "-", "q1", "Tver", "Encryption C", "-", "-"}}},  // critical
+        // XchA reads as A. Repeated attributes: the first commonName, the last emailAddress.
+        {"leaf_xa", {1, X, 0x05, {"RU", "Korvex", "-", "-", "-", "First Name", "-", "last@korvex.test"}}},
+        // XchB reads as C; keyAgreement, decipherOnly.
+        {"leaf_xb", {3, X, 0x110, {"RU", "-", "-", "-", "-", "Exchange XB", "-", "-"}}},
+        {"leaf_512a", {X, 1, 0x03, {"RU", "Korvex", "-", "-", "-", "Long Key 512", "-", "-"}}},  // TC26 paramSetA
+        {"leaf_tc26a", {X, X, 0x03, {"RU", "Korvex", "-", "-", "-", "TC26 256 A", "-", "-"}}},  // TC26 256-bit set
+        {"v1_a", {1, X, 0, {"RU", "-", "-", "-", "-", "Version One", "-", "-"}}},  // no extensions in v1
     };
     CertFacts ca = fixture_cert("ca_a");
     x509_field_pointers caf = x_509_get_field_pointers(ca.der.data());
@@ -87,13 +84,14 @@ TEST(X509Fixtures, Accessors) {
         unsigned char* key = x_509_get_open_key(d);
         ASSERT_NE(key, nullptr);  // also for v1
         EXPECT_EQ(to_hex(key, c.key.size()), to_hex(c.key));  // 64 or 128 octets
-        EXPECT_EQ(x_509_get_open_key_parametrs_ds(d), selectors_of(c.paramset).first);
-        EXPECT_EQ(x_509_get_open_key_parametrs_ds_512bit(d), selectors_of(c.paramset).second);
+        const Want& w = want.at(c.name);
+        EXPECT_EQ(x_509_get_open_key_parametrs_ds(d), w.sel256);
+        EXPECT_EQ(x_509_get_open_key_parametrs_ds_512bit(d), w.sel512);
         EXPECT_EQ(x_509_get_certificate_length(d), c.der.size());
         EXPECT_EQ(x_509_get_block_length(d) + 4, c.der.size());  // all fixtures use the 0x82 form
-        EXPECT_EQ(x_509_get_key_usage(d), want.at(c.name).first);
+        EXPECT_EQ(x_509_get_key_usage(d), w.usage);
         x509_name subject = x_509_parse_Name_field(child(tbs, c.v3 ? 5 : 4));
-        EXPECT_EQ(slots(subject), want.at(c.name).second);
+        EXPECT_EQ(slots(subject), w.subject);
         EXPECT_EQ(subject.country.tag, 0x13);  // PrintableString
         if (subject.email.tag) EXPECT_EQ(subject.email.tag, 0x16);  // IA5String
 
@@ -310,41 +308,35 @@ TEST(X509Hand, KeyUsageRules) {
 }
 
 TEST(X509Hand, FieldPointersAndTextbox) {
-    HandCert h;
-    Bytes der = h.der();
-    x509_field_pointers f = x_509_get_field_pointers(der.data());
-    EXPECT_EQ(to_hex(f.serial_number.ptr, f.serial_number.len), "02020123");
-    EXPECT_EQ(to_hex(f.issuer.ptr, f.issuer.len), to_hex(kName));
-    EXPECT_EQ(to_hex(f.validity.ptr, f.validity.len), to_hex(h.validity));
-    EXPECT_EQ(to_hex(f.subject.ptr, f.subject.len), to_hex(kName));
-    x509_textbox t = x_509_get_textbox_of_cer(der.data());
-    EXPECT_EQ(to_hex(t.serial_number.ptr, t.serial_number.len), "0123");
-    EXPECT_EQ(as_string(t.not_before.ptr, t.not_before.len), "240101000000Z");
-    EXPECT_EQ(as_string(t.not_after.ptr, t.not_after.len), "340101000000Z");
-
-    // The walk stops at the first mismatch and keeps what it has.
-    HandCert stop;
-    stop.validity = tlv(0x31, {});
-    der = stop.der();
-    f = x_509_get_field_pointers(der.data());
-    EXPECT_TRUE(f.serial_number.ptr && f.issuer.ptr && !f.validity.ptr && !f.subject.ptr);
-
-    // GeneralizedTime is not accepted, in either position.
-    HandCert gen;
-    gen.validity = seq({text(0x18, "20500101000000Z"), text(0x17, "340101000000Z")});
-    der = gen.der();
-    t = x_509_get_textbox_of_cer(der.data());
-    EXPECT_TRUE(t.serial_number.ptr && !t.not_before.ptr && !t.not_after.ptr);
-
-    // The version field is skipped unconditionally; a serial number that is
-    // not an INTEGER is not recorded, the times are still found.
-    HandCert noInt;
-    noInt.serial = tlv(0x04, {0x01});
-    der = noInt.der();
-    t = x_509_get_textbox_of_cer(der.data());
-    EXPECT_EQ(t.serial_number.ptr, nullptr);
-    EXPECT_EQ(as_string(t.not_before.ptr, t.not_before.len), "240101000000Z");
-    EXPECT_EQ(x_509_get_field_pointers(der.data()).serial_number.ptr, nullptr);
+    // Field pointers: whole elements; textbox: content octets. "-" not
+    // recorded; each walk stops at its first mismatch and keeps what it has.
+    auto got = [](const x509_field_ref& r) { return r.ptr ? to_hex(r.ptr, r.len) : std::string("-"); };
+    const Bytes utc = HandCert().validity, gen = seq({text(0x18, "20500101000000Z"), text(0x17, "340101000000Z")});
+    const std::string nameHex = to_hex(kName), from = to_hex(str("240101000000Z")), to = to_hex(str("340101000000Z"));
+    struct Case {
+        const char* what;
+        Bytes serial, validity;
+        std::vector<std::string> fields, textbox;  // serial, issuer, validity, subject; serial, notBefore, notAfter
+    } cases[] = {
+        {"well formed", tlv(0x02, {1, 0x23}), utc, {"02020123", nameHex, to_hex(utc), nameHex}, {"0123", from, to}},
+        {"validity not a SEQUENCE", tlv(0x02, {1, 0x23}), tlv(0x31, {}), {"02020123", nameHex, "-", "-"}, {"0123", "-", "-"}},
+        // GeneralizedTime is not accepted (leaf_c has one as notAfter).
+        {"GeneralizedTime", tlv(0x02, {1, 0x23}), gen, {"02020123", nameHex, to_hex(gen), nameHex}, {"0123", "-", "-"}},
+        // The textbox skips the version unconditionally and finds the times
+        // without a serial number.
+        {"serial number not an INTEGER", tlv(0x04, {1}), utc, {"-", "-", "-", "-"}, {"-", from, to}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        HandCert h;
+        h.serial = c.serial;
+        h.validity = c.validity;
+        Bytes der = h.der();
+        x509_field_pointers f = x_509_get_field_pointers(der.data());
+        x509_textbox t = x_509_get_textbox_of_cer(der.data());
+        EXPECT_EQ((std::vector<std::string>{got(f.serial_number), got(f.issuer), got(f.validity), got(f.subject)}), c.fields);
+        EXPECT_EQ((std::vector<std::string>{got(t.serial_number), got(t.not_before), got(t.not_after)}), c.textbox);
+    }
 }
 
 TEST(X509Hand, LargeCertificateLengths) {
