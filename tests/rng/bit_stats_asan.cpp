@@ -58,7 +58,7 @@ TEST(BitStats, MatchesBitByBitModel) {
 }
 
 TEST(BitStats, Bounds) {
-    // Every count at both limits and just outside them, each count alone.
+    // All counts at their limits and just outside them; then each count alone out of range.
     const struct { uint32_t v, r; bool pass; } edges[] = {
         {408434, 14, true}, {410765, 29, true}, {408433, 20, false},
         {410766, 20, false}, {409600, 13, false}, {409600, 30, false},
