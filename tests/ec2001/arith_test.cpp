@@ -2,6 +2,8 @@
 // conditional subtraction, and modular results against python3 integers.
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "ec2001/ec_test_util.h"
 
 using ect::small;
@@ -47,25 +49,18 @@ TEST(Arith256, AddSubCarryBorrowAndAliasing) {
     }
 }
 
+// {value, shift left?, bit out, result}: bits cross every 64-bit word
+// boundary, and a zero enters at the top.
 TEST(Arith256, Shifts) {
-    T a = pow2(255);
-    EXPECT_EQ(GOST_34_10_2001_shl_256_bit(&a), 1);
-    EXPECT_EQ(a, T{});
-    a = small(1);
-    EXPECT_EQ(GOST_34_10_2001_shr_256_bit(&a), 1);
-    EXPECT_EQ(a, T{});
-    // Bits cross every 64-bit word boundary, and a zero enters at the top.
-    a = kMax;
-    EXPECT_EQ(GOST_34_10_2001_shr_256_bit(&a), 1);
-    EXPECT_EQ(a, u256(std::string(62, 'f') + "7f"));
-    EXPECT_EQ(GOST_34_10_2001_shl_256_bit(&a), 0);
-    EXPECT_EQ(a, u256("fe" + std::string(62, 'f')));
-    for (unsigned bit : {63u, 64u, 127u, 128u, 191u, 192u}) {
-        T v = pow2(bit);
-        EXPECT_EQ(GOST_34_10_2001_shl_256_bit(&v), 0);
-        EXPECT_EQ(v, pow2(bit + 1)) << bit;
-        EXPECT_EQ(GOST_34_10_2001_shr_256_bit(&v), 0);
-        EXPECT_EQ(v, pow2(bit)) << bit;
+    struct Case { T v; bool left; int out; T r; };
+    std::vector<Case> cases = {{pow2(255), true, 1, T{}}, {small(1), false, 1, T{}},
+                               {kMax, false, 1, u256(std::string(62, 'f') + "7f")},
+                               {u256(std::string(62, 'f') + "7f"), true, 0, u256("fe" + std::string(62, 'f'))}};
+    for (unsigned bit : {63u, 64u, 127u, 128u, 191u, 192u})
+        cases.insert(cases.end(), {{pow2(bit), true, 0, pow2(bit + 1)}, {pow2(bit + 1), false, 0, pow2(bit)}});
+    for (auto c : cases) {
+        EXPECT_EQ(c.left ? GOST_34_10_2001_shl_256_bit(&c.v) : GOST_34_10_2001_shr_256_bit(&c.v), c.out);
+        EXPECT_EQ(c.v, c.r);
     }
 }
 

@@ -16,34 +16,37 @@
 namespace {
 
 using T = type_uN<32>;
+using Q = type_uN<64>;
 
-// An exact-size heap block starting at an odd address.
-struct Block {
-    std::unique_ptr<unsigned char[]> mem;
-    unsigned char* p;
-    explicit Block(size_t n, kt::Rng& rng) : mem(new unsigned char[n + 1]) {
-        p = mem.get() + 1;
+// Exact-size heap blocks of random bytes, each starting at an odd address.
+struct Blocks {
+    kt::Rng& rng;
+    std::vector<std::unique_ptr<unsigned char[]>> mem;
+    unsigned char* get(size_t n) {
+        mem.emplace_back(new unsigned char[n + 1]);
         kt::Bytes b = rng.bytes(n);
-        std::memcpy(p, b.data(), n);
+        std::memcpy(mem.back().get() + 1, b.data(), n);
+        return mem.back().get() + 1;
     }
+    T* u256() { return reinterpret_cast<T*>(get(32)); }
+    Q* u512() { return reinterpret_cast<Q*>(get(64)); }
 };
 
 template <class F>
-void repeat(F f) {
+void repeat(int n, F f) {
     kt::Rng rng(0xEC2001);
-    for (int i = 0; i < 200; ++i) f(rng, i);
+    for (int i = 0; i < n; ++i) {
+        Blocks b{rng, {}};
+        f(b, i);
+    }
 }
 
-T* as256(Block& b) { return reinterpret_cast<T*>(b.p); }
-
 TEST(Hostile256, ArithmeticOnArbitraryOperands) {
-    repeat([](kt::Rng& rng, int i) {
+    repeat(200, [](Blocks& m, int i) {
         // Any 256-bit values, including p even, p < a, p = 0, p = 1.
-        std::vector<Block> v;
-        for (int k = 0; k < 4; ++k) v.emplace_back(32, rng);
-        T *r = as256(v[0]), *a = as256(v[1]), *b = as256(v[2]), *p = as256(v[3]);
-        if (i % 7 == 0) std::memset(p, 0, 32);
-        if (i % 11 == 0) { std::memset(p, 0, 32); p->b[0] = 1; }
+        T *r = m.u256(), *a = m.u256(), *b = m.u256(), *p = m.u256();
+        if (i % 7 == 0 || i % 11 == 0) std::memset(p, 0, 32);
+        if (i % 11 == 0) p->b[0] = 1;
         GOST_34_10_2001_add_256_bit(r, a, b);
         GOST_34_10_2001_sub_256_bit(r, r, r);
         GOST_34_10_2001_shl_256_bit(a);
@@ -62,52 +65,45 @@ TEST(Hostile256, ArithmeticOnArbitraryOperands) {
     });
 }
 
+// Points off the curve; the scalar multiples are slow, so a few suffice.
 TEST(Hostile256, PointsOffTheCurve) {
-    repeat([](kt::Rng& rng, int i) {
-        std::vector<Block> v;
-        for (int k = 0; k < 6; ++k) v.emplace_back(32, rng);
-        T *x = as256(v[0]), *y = as256(v[1]), *x2 = as256(v[2]), *y2 = as256(v[3]), *a = as256(v[4]);
-        T* p = as256(v[5]);
+    repeat(20, [](Blocks& m, int) {
+        T *x = m.u256(), *y = m.u256(), *x2 = m.u256(), *y2 = m.u256(), *a = m.u256(), *p = m.u256(), *k = m.u256();
         p->b[0] |= 1;  // an odd modulus keeps the inversions meaningful
-        if (i >= 20) return;  // the scalar multiples below are slow; a few suffice
         GOST_34_10_2001_mul_2_EP(x, y, a, p);
         GOST_34_10_2001_add_EP(x, x2, y, y2, a, p);
         GOST_34_10_2001_add_EP(x, x, y, y, a, p);
-        Block k(32, rng);
-        GOST_34_10_2001_mul_k_EP(as256(k), x, y, x, nullptr, a, p);
-        GOST_34_10_2001_mul_k_EP(as256(k), x, y, nullptr, y, a, p);
+        GOST_34_10_2001_mul_k_EP(k, x, y, x, nullptr, a, p);
+        GOST_34_10_2001_mul_k_EP(k, x, y, nullptr, y, a, p);
     });
 }
 
 TEST(Hostile256, SignatureChecksOnGarbage) {
-    repeat([](kt::Rng& rng, int i) {
-        if (i >= 12) return;
-        Block h(32, rng), q(64, rng), sig(64, rng), out(32, rng), d(32, rng);
-        unsigned char set = static_cast<unsigned char>(rng.below(256));
-        if (i % 3 == 0) std::memset(sig.p, 0, 64);
-        EXPECT_EQ(GOST_34_10_2001_check_DS(as256(h), reinterpret_cast<type_uN<64>*>(q.p),
-                                           reinterpret_cast<type_uN<64>*>(sig.p), set), 0);
-        GOST_34_10_2001_gen_open_key(as256(d), reinterpret_cast<type_uN<64>*>(q.p), set);
-        std::unique_ptr<unsigned long long> ukm(new unsigned long long(rng.next()));
-        GOST_34_10_2001_VKO(as256(out), ukm.get(), as256(d), reinterpret_cast<type_uN<64>*>(q.p), set);
-        GOST_34_10_2001_rotate_DS_RFC4490(reinterpret_cast<type_uN<64>*>(sig.p));
+    repeat(12, [](Blocks& m, int i) {
+        T *h = m.u256(), *out = m.u256(), *d = m.u256();
+        Q *q = m.u512(), *sig = m.u512();
+        unsigned char set = static_cast<unsigned char>(m.rng.below(256));
+        if (i % 3 == 0) std::memset(sig, 0, 64);
+        EXPECT_EQ(GOST_34_10_2001_check_DS(h, q, sig, set), 0);
+        GOST_34_10_2001_gen_open_key(d, q, set);
+        std::unique_ptr<unsigned long long> ukm(new unsigned long long(m.rng.next()));
+        GOST_34_10_2001_VKO(out, ukm.get(), d, q, set);
+        GOST_34_10_2001_rotate_DS_RFC4490(sig);
     });
 }
 
-// The functions that draw from the generator, and the 2012 VKO, on exact-size
-// blocks at odd addresses.
+// The functions that draw from the generator, and the 2012 VKO.
 TEST(Hostile256, KeysAndSignaturesInExactBlocks) {
     kt::Rng rng(0x2001);
-    Block seed(40, rng);
-    ASSERT_EQ(PRNG_init(seed.p), 0);
+    Blocks m{rng, {}};
+    ASSERT_EQ(PRNG_init(m.get(40)), 0);
     for (unsigned char set : {0, 1, 2, 3}) {
-        Block d(32, rng), q(64, rng), h(32, rng), sig(64, rng), out(32, rng);
-        auto* Q = reinterpret_cast<type_uN<64>*>(q.p);
-        auto* S = reinterpret_cast<type_uN<64>*>(sig.p);
-        ASSERT_EQ(GOST_34_10_2001_gen_key_pair(as256(d), Q, set), 0);
-        ASSERT_EQ(GOST_34_10_2001_create_DS(as256(h), as256(d), S, set), 0);
-        EXPECT_EQ(GOST_34_10_2001_check_DS(as256(h), Q, S, set), 1);
-        GOST_34_10_2012_VKO_256(as256(out), nullptr, as256(d), Q, set);
+        T *d = m.u256(), *h = m.u256(), *out = m.u256();
+        Q *q = m.u512(), *sig = m.u512();
+        ASSERT_EQ(GOST_34_10_2001_gen_key_pair(d, q, set), 0);
+        ASSERT_EQ(GOST_34_10_2001_create_DS(h, d, sig, set), 0);
+        EXPECT_EQ(GOST_34_10_2001_check_DS(h, q, sig, set), 1);
+        GOST_34_10_2012_VKO_256(out, nullptr, d, q, set);
     }
 }
 
