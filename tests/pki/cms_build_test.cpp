@@ -17,6 +17,8 @@ const Bytes kFixed = from_hex(
 const Bytes kContentTypeAttr(kFixed.begin(), kFixed.begin() + 26);
 const Bytes kDigestAttr(kFixed.begin() + 26, kFixed.end());
 const Bytes kEmptySig = cat({from_hex("0440"), Bytes(64, 0)});
+const Bytes kSignedDataOid = oid("2A864886F70D010702"), kVersion1 = from_hex("020101");
+const Bytes kDigestAlg = from_hex("300A 06062A8503020209 0500"), kSigAlg = from_hex("300A 06062A8503020213 0500");
 const Bytes kSigningTimeAttr = seq({oid("2A864886F70D010905"), set({text(0x17, "240101120000Z")})});
 const std::string kSigningTime = item("1.2.840.113549.1.9.5", text(0x17, "240101120000Z"));
 
@@ -208,51 +210,41 @@ TEST(CmsAttribute, FindDigestAndMimeType) {
 }
 
 TEST(CmsMessage, LayoutAndParse) {
+    // ContentInfo { signedData, [0] SignedData { 1, {gost94}, encap, [0] cert,
+    // { SignerInfo { 1, issuer and serial, gost94, [0] attrs, gost2001, signature, [1] attrs } } } }
     CertFacts ca = fixture_cert("ca_a");
-    Bytes block = block_of(kSigningTime, "");
-    block.back() = 0x77;  // recognisable signature octet
     Bytes content = str("hello, GOST");
     x509_field_pointers f = x_509_get_field_pointers(ca.der.data());
     const Bytes sid = tlv(0x30, cat({Bytes(f.issuer.ptr, f.issuer.ptr + f.issuer.len),
                                      Bytes(f.serial_number.ptr, f.serial_number.ptr + f.serial_number.len)}));
-    for (bool attached : {true, false}) {
-        for (bool withCert : {false, true}) {
-            SCOPED_TRACE(std::to_string(attached) + "/" + std::to_string(withCert));
-            Bytes msg = message_of(content, attached, block, ca.der, withCert);
-            EXPECT_EQ(element_size(msg.data()), msg.size());
-            // ContentInfo { signedData, [0] SignedData { 1, {gost94}, encap, [certs], signerInfos } }
-            EXPECT_EQ(to_hex(child(msg.data(), 0), 12), "06092a864886f70d010702a0");
-            unsigned char* sd = child(child(msg.data(), 1), 0);
-            EXPECT_EQ(to_hex(child(sd, 0), 17), "020101" "310c300a06062a8503020209" "0500");
-            unsigned char* encap = child(sd, 2);
-            EXPECT_EQ(to_hex(encap, element_size(encap)),
-                      attached ? to_hex(seq({oid("2A864886F70D010702"), tlv(0xA0, tlv(0x04, content))}))
-                               : "300b06092a864886f70d010702");
-            unsigned char* sis = child(sd, withCert ? 4 : 3);
-            EXPECT_EQ(sis[0], 0x31);
-            unsigned char* si = child(sis, 0);
-            EXPECT_EQ(to_hex(child(si, 1), element_size(child(si, 1))), to_hex(sid));
-            EXPECT_EQ(to_hex(child(si, 4), 12), "300a06062a85030202130500");
+    for (Bytes block : {block_of(kSigningTime, ""), block_of("", ""), block_of(kSigningTime, item_of_size(30, 1))}) {
+        size_t attrsLen = block[0] == 0xA0 ? element_size(block.data()) : 0;
+        block[attrsLen + 65] = 0x77;  // recognisable signature octet
+        const Bytes attrs(block.begin(), block.begin() + attrsLen), rest(block.begin() + attrsLen, block.end());
+        for (bool attached : {true, false}) {
+            for (bool withCert : {false, true}) {
+                SCOPED_TRACE(std::to_string(attrsLen) + "/" + std::to_string(rest.size()) + "/" +
+                             std::to_string(attached) + "/" + std::to_string(withCert));
+                Bytes msg = message_of(content, attached, block, ca.der, withCert);
+                Bytes encap = attached ? seq({kSignedDataOid, tlv(0xA0, tlv(0x04, content))}) : seq({kSignedDataOid});
+                Bytes want = seq({kSignedDataOid, tlv(0xA0, seq({kVersion1, set({kDigestAlg}), encap,
+                                                                withCert ? tlv(0xA0, ca.der) : Bytes{},
+                                                                set({seq({kVersion1, sid, kDigestAlg, attrs, kSigAlg, rest})})}))});
+                EXPECT_EQ(to_hex(msg), to_hex(want));
 
-            cms_signed_data_t r = CMS_SignedData_parse(msg.data());
-            EXPECT_EQ(r.status, 0);
-            EXPECT_EQ(as_string(r.content, r.content_len), attached ? "hello, GOST" : "");
-            if (withCert) EXPECT_EQ(to_hex(r.certificate, r.certificate_len), to_hex(ca.der));
-            else EXPECT_EQ(r.certificate, nullptr);
-            EXPECT_EQ(to_hex(r.signed_attrs, r.signed_attrs_len), to_hex(block.data(), element_size(block.data())));
-            EXPECT_EQ(r.signer_id, child(si, 1));
-            ASSERT_EQ(r.signature_len, 64u);
-            EXPECT_EQ(r.signature[63], 0x77);
+                cms_signed_data_t r = CMS_SignedData_parse(msg.data());
+                EXPECT_EQ(r.status, 0);
+                EXPECT_EQ(as_string(r.content, r.content_len), attached ? "hello, GOST" : "");
+                if (withCert) EXPECT_EQ(to_hex(r.certificate, r.certificate_len), to_hex(ca.der));
+                else EXPECT_EQ(r.certificate, nullptr);
+                if (attrsLen) EXPECT_EQ(to_hex(r.signed_attrs, r.signed_attrs_len), to_hex(attrs));
+                else EXPECT_EQ(r.signed_attrs, nullptr);
+                EXPECT_EQ(to_hex(r.signer_id, r.signer_id_len), to_hex(sid));
+                ASSERT_EQ(r.signature_len, 64u);
+                EXPECT_EQ(r.signature[63], 0x77);
+            }
         }
     }
-    // Without signed attributes the SignerInfo has no [0].
-    Bytes bare = block_of("", "");
-    Bytes msg = message_of(content, true, bare, ca.der, true);
-    cms_signed_data_t r = CMS_SignedData_parse(msg.data());
-    EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(r.signed_attrs, nullptr);
-    EXPECT_EQ(r.signature_len, 64u);
-    EXPECT_EQ(r.signature + 64, msg.data() + msg.size());
 }
 
 TEST(CmsMessage, CreateRejects) {
@@ -271,42 +263,40 @@ TEST(CmsMessage, CreateRejects) {
 
 TEST(CmsMessage, ParseOptionalAndMissingParts) {
     CertFacts ca = fixture_cert("ca_a");
-    const Bytes gost94 = seq({oid("2A85030202 09"), tlv(0x05, {})});
     const Bytes sid = seq({seq({set({})}), tlv(0x02, {0x05})});
     const Bytes attrs = tlv(0xA0, seq({oid("2A864886F70D010904"), set({tlv(0x04, Bytes(32, 3))})}));
-    const Bytes sigAlg = seq({oid("2A85030202 13"), tlv(0x05, {})});
     const Bytes sig = tlv(0x04, Bytes(64, 0x66));
     const Bytes encap = seq({oid("2A864886F70D010701"), tlv(0xA0, tlv(0x04, str("data")))});
-    const Bytes si = seq({tlv(0x02, {1}), sid, gost94, attrs, sigAlg, sig});
-    const Bytes siBare = seq({tlv(0x02, {1}), sid, gost94, sigAlg, sig});
+    const Bytes si = seq({kVersion1, sid, kDigestAlg, attrs, kSigAlg, sig});
+    const Bytes siBare = seq({kVersion1, sid, kDigestAlg, kSigAlg, sig});
     struct Case {
         const char* what;
         Bytes digestAlg, encap, certs, crls, signerInfo;
         int status;
         const char* found;  // content, certificate, signer_id, signed_attrs, signature
     } cases[] = {
-        {"certificates and crls", gost94, encap, tlv(0xA0, ca.der), tlv(0xA1, seq({})), si, 0, "11111"},
-        {"crls only", gost94, encap, {}, tlv(0xA1, seq({})), si, 0, "10111"},
+        {"certificates and crls", kDigestAlg, encap, tlv(0xA0, ca.der), tlv(0xA1, seq({})), si, 0, "11111"},
+        {"crls only", kDigestAlg, encap, {}, tlv(0xA1, seq({})), si, 0, "10111"},
         // Only a SEQUENCE as the first certificate is taken.
-        {"first certificate of another kind", gost94, encap, tlv(0xA0, cat({tlv(0xA1, {}), ca.der})), {}, si, 0, "10111"},
-        {"no eContent", gost94, seq({oid("2A864886F70D010701")}), {}, {}, si, 0, "00111"},
-        {"eContent not an OCTET STRING", gost94, seq({oid("2A864886F70D010701"), tlv(0xA0, tlv(0x24, {}))}), {}, {},
+        {"first certificate of another kind", kDigestAlg, encap, tlv(0xA0, cat({tlv(0xA1, {}), ca.der})), {}, si, 0, "10111"},
+        {"no eContent", kDigestAlg, seq({oid("2A864886F70D010701")}), {}, {}, si, 0, "00111"},
+        {"eContent not an OCTET STRING", kDigestAlg, seq({oid("2A864886F70D010701"), tlv(0xA0, tlv(0x24, {}))}), {}, {},
          siBare, 0, "00101"},
-        {"no signed attributes", gost94, encap, {}, {}, siBare, 0, "10101"},
+        {"no signed attributes", kDigestAlg, encap, {}, {}, siBare, 0, "10101"},
         // GOST R 34.11-2012 (256) is not the digest this library signs with.
         {"other digest algorithm", seq({oid("2A85030701010202")}), encap, tlv(0xA0, ca.der), {}, si, 1, "00000"},
-        {"encapContentInfo without OID", gost94, seq({tlv(0xA0, tlv(0x04, str("data")))}), {}, {}, siBare, 1, "00000"},
+        {"encapContentInfo without OID", kDigestAlg, seq({tlv(0xA0, tlv(0x04, str("data")))}), {}, {}, siBare, 1, "00000"},
         // A subjectKeyIdentifier signer ([0]) is not read.
-        {"signer by key identifier", gost94, encap, tlv(0xA0, ca.der), {},
-         seq({tlv(0x02, {3}), tlv(0x80, {1, 2}), gost94, sigAlg, sig}), 1, "11000"},
-        {"no signatureAlgorithm", gost94, encap, {}, {}, seq({tlv(0x02, {1}), sid, gost94, attrs, sig}), 1, "10110"},
-        {"signature not an OCTET STRING", gost94, encap, {}, {},
-         seq({tlv(0x02, {1}), sid, gost94, attrs, sigAlg, tlv(0x03, Bytes(65, 0))}), 1, "10110"},
+        {"signer by key identifier", kDigestAlg, encap, tlv(0xA0, ca.der), {},
+         seq({tlv(0x02, {3}), tlv(0x80, {1, 2}), kDigestAlg, kSigAlg, sig}), 1, "11000"},
+        {"no signatureAlgorithm", kDigestAlg, encap, {}, {}, seq({kVersion1, sid, kDigestAlg, attrs, sig}), 1, "10110"},
+        {"signature not an OCTET STRING", kDigestAlg, encap, {}, {},
+         seq({kVersion1, sid, kDigestAlg, attrs, kSigAlg, tlv(0x03, Bytes(65, 0))}), 1, "10110"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
-        Bytes msg = seq({oid("2A864886F70D010702"),
-                         tlv(0xA0, seq({tlv(0x02, {1}), set({c.digestAlg}), c.encap, c.certs, c.crls, set({c.signerInfo})}))});
+        Bytes msg = seq({kSignedDataOid,
+                         tlv(0xA0, seq({kVersion1, set({c.digestAlg}), c.encap, c.certs, c.crls, set({c.signerInfo})}))});
         cms_signed_data_t r = CMS_SignedData_parse(msg.data());
         EXPECT_EQ(r.status, c.status);
         auto got = [](const unsigned char* p, size_t n) { return p ? to_hex(p, n) : std::string("-"); };
