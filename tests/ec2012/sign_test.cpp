@@ -157,16 +157,6 @@ TEST(Sign512, OutOfRangeValuesReturnEarlyLeavingTheBufferConverted) {
     EXPECT_EQ(hex(sig), hex(before));
 }
 
-TEST(Sign512, RotateTouchesOnlyTheFirst64Bytes) {
-    U128 v, w, expect;
-    for (int i = 0; i < 128; ++i) v.b[i] = static_cast<unsigned char>(i), expect.b[i] = i < 32 ? 31 - i : i < 64 ? 95 - i : i;
-    w = v;
-    GOST_34_10_2012_rotate_DS_TC26(&w);
-    EXPECT_EQ(hex(w), hex(expect));
-    GOST_34_10_2012_rotate_DS_TC26(&w);
-    EXPECT_EQ(hex(w), hex(v));
-}
-
 TEST(Sign512, GeneratorFailureReturnsOne) {
     GeneratorState keep;
     std::memset(PRNG_get_RAND_ptr(), 0, 40);  // never seeded
