@@ -8,11 +8,8 @@
 // always inlined into the AVX2 kernel, so the ABI note does not apply.
 #pragma GCC diagnostic ignored "-Wpsabi"
 
-#include <cpuid.h>
-
-#include <atomic>
-
 #include "cipher/gost89_core.h"
+#include "encoding/cpu.h"
 
 namespace kx {
 namespace {
@@ -69,28 +66,13 @@ __attribute__((target("avx2"))) void many_avx2(uint64_t* blocks, const Gost89Key
     one_key<V8, 8>(blocks, key, t, decrypt);
 }
 
-// AVX2 needs the CPU flag and the system saving the YMM state (XCR0 bits 1
-// and 2). Probed once; 0 = not yet, 1 = no, 2 = yes.
-std::atomic<int> g_avx2{0};
-
 bool have_avx2() {
 #ifdef KORVEX_GOST89_NO_AVX2
     // Test builds that exercise the SSE2 path on machines with AVX2.
     return false;
+#else
+    return cpu_has_avx2();
 #endif
-    int s = g_avx2.load(std::memory_order_relaxed);
-    if (s == 0) {
-        unsigned a, b, c, d;
-        bool ok = false;
-        if (__get_cpuid(1, &a, &b, &c, &d) && (c & bit_OSXSAVE) && (c & bit_AVX)) {
-            unsigned lo, hi;
-            __asm__("xgetbv" : "=a"(lo), "=d"(hi) : "c"(0));
-            ok = (lo & 6) == 6 && __get_cpuid_count(7, 0, &a, &b, &c, &d) && (b & bit_AVX2);
-        }
-        s = ok ? 2 : 1;
-        g_avx2.store(s, std::memory_order_relaxed);
-    }
-    return s == 2;
 }
 
 void many(uint64_t* blocks, size_t n, const Gost89Key& k, const Gost89TableWide& t, bool decrypt) {
