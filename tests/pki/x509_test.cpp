@@ -111,11 +111,11 @@ TEST(X509Fixtures, Accessors) {
             EXPECT_TRUE(!t.not_after.ptr && !t.not_after.len);
         else
             EXPECT_EQ(as_string(t.not_after.ptr, t.not_after.len), c.not_after);
-        EXPECT_EQ(to_hex(f.serial_number.ptr, f.serial_number.len), to_hex(tlv(0x02, from_hex(c.serial))));
-        EXPECT_EQ(f.validity.ptr[0], 0x30);
-        EXPECT_EQ(f.issuer.ptr + f.issuer.len, f.validity.ptr);
-        EXPECT_EQ(f.validity.ptr + f.validity.len, f.subject.ptr);
-        EXPECT_EQ(f.subject.ptr, child(tbs, 5));
+        const std::pair<x509_field_ref, int> fields[] = {{f.subject, 5}, {f.serial_number, 1}, {f.validity, 4}, {f.issuer, 3}};
+        for (auto [r, n] : fields) {  // whole elements, in place
+            EXPECT_EQ(r.ptr, child(tbs, n)) << n;
+            EXPECT_EQ(r.len, element_size(child(tbs, n))) << n;
+        }
         // Every fixture is issued by the CA: its issuer equals the CA's subject.
         EXPECT_EQ(to_hex(f.issuer.ptr, f.issuer.len), to_hex(caf.subject.ptr, caf.subject.len));
         x509_name issuer = x_509_parse_Name_field(f.issuer.ptr);
@@ -154,61 +154,42 @@ TEST(X509Hand, ParameterSetSelectors) {
 }
 
 TEST(X509Hand, PublicKeyBlockLayouts) {
-    // The block is found (the tbsCertificate's seventh child) in each case;
-    // the key needs BIT STRING { 00, OCTET STRING }, the selectors each step
-    // of the walk to publicKeyParamSet.
+    // Where the block is found it is the tbsCertificate's seventh child; the
+    // key needs BIT STRING { 00, OCTET STRING }, the selectors each step of
+    // the walk to publicKeyParamSet.
     const Bytes key = tlv(0x03, cat({{0x00}, tlv(0x04, Bytes(64, 0x11))}));
     const Bytes alg = oid("2A85030202 13"), param = oid("2A85030202 2301");
-    struct Case {
-        const char* what;
-        Bytes spki;
-        bool key;
-    } cases[] = {
-        {"key not in a BIT STRING", seq({seq({alg}), tlv(0x04, Bytes(64, 1))}), false},
-        {"BIT STRING without OCTET STRING", seq({seq({alg}), tlv(0x03, cat({{0x00}, Bytes(64, 1)}))}), false},
-        {"OCTET STRING overruns the BIT STRING", seq({seq({alg}), tlv(0x03, from_hex("00 04 40 01 02"))}), false},
-        {"algorithm without its OID", seq({seq({tlv(0x05, {}), seq({param})}), key}), true},
-        {"NULL parameters", seq({seq({alg, tlv(0x05, {})}), key}), true},
-        {"no parameters", seq({seq({alg}), key}), true},
-        {"parameters not starting with an OID", seq({seq({alg, seq({tlv(0x02, {1}), param})}), key}), true},
-        {"parameters in a SET", seq({seq({alg, set({param})}), key}), true},
-        {"short OID at the end of its SEQUENCE", seq({seq({alg, seq({oid("2A8503020223")})}), key}), true},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        HandCert h;
-        h.key = c.spki;
-        Bytes der = h.der();
-        EXPECT_EQ(x_509_find_public_key_info_block(der.data()), child(child(der.data(), 0), 6));
-        EXPECT_EQ(x_509_get_open_key(der.data()) != nullptr, c.key);
-        EXPECT_EQ(x_509_get_open_key_parametrs_ds(der.data()), 0xFFFFFFFFu);
-        EXPECT_EQ(x_509_get_open_key_parametrs_ds_512bit(der.data()), 0xFFFFFFFFu);
-    }
-    // A 512-bit key is returned the same way.
-    Bytes k128(128);
-    for (size_t i = 0; i < k128.size(); ++i) k128[i] = static_cast<unsigned char>(i);
-    HandCert h;
-    h.key = spki("2A8503070102010201", k128);
-    Bytes der = h.der();
-    ASSERT_NE(x_509_get_open_key(der.data()), nullptr);
-    EXPECT_EQ(to_hex(x_509_get_open_key(der.data()), 128), to_hex(k128));
-}
-
-TEST(X509Hand, NoPublicKeyBlock) {
+    auto with = [](const Bytes& spki) { HandCert h; h.key = spki; return h.der(); };
     HandCert h;
     Bytes tbsSet = h.der();
     tbsSet[header_size(tbsSet.data())] = 0x31;
-    const Bytes cases[] = {
-        cert_of(cat({h.version, h.serial, h.alg, kName, h.validity, kName})),  // no SEQUENCE opening with one
-        from_hex("31 03 30 01 30"), from_hex("30 02 30 00"),
-        from_hex("30 08 31 06 30 04 30 02 05 00"),  // a SET in place of tbsCertificate holding a look-alike
-        tbsSet,
+    struct Case {
+        const char* what;
+        Bytes der;
+        bool block, key;
+    } cases[] = {
+        {"key not in a BIT STRING", with(seq({seq({alg}), tlv(0x04, Bytes(64, 1))})), true, false},
+        {"BIT STRING without OCTET STRING", with(seq({seq({alg}), tlv(0x03, cat({{0x00}, Bytes(64, 1)}))})), true, false},
+        {"OCTET STRING overruns the BIT STRING", with(seq({seq({alg}), tlv(0x03, from_hex("00 04 40 01 02"))})), true, false},
+        {"algorithm without its OID", with(seq({seq({tlv(0x05, {}), seq({param})}), key})), true, true},
+        {"NULL parameters", with(seq({seq({alg, tlv(0x05, {})}), key})), true, true},
+        {"no parameters", with(seq({seq({alg}), key})), true, true},
+        {"parameters not starting with an OID", with(seq({seq({alg, seq({tlv(0x02, {1}), param})}), key})), true, true},
+        {"parameters in a SET", with(seq({seq({alg, set({param})}), key})), true, true},
+        {"short OID at the end of its SEQUENCE", with(seq({seq({alg, seq({oid("2A8503020223")})}), key})), true, true},
+        {"no SEQUENCE opening with one", cert_of(cat({h.version, h.serial, h.alg, kName, h.validity, kName})), false, false},
+        {"not a SEQUENCE", from_hex("31 03 30 01 30"), false, false},
+        {"empty tbsCertificate", from_hex("30 02 30 00"), false, false},
+        {"a SET in place of tbsCertificate, holding a look-alike", from_hex("30 08 31 06 30 04 30 02 05 00"), false, false},
+        {"tbsCertificate retagged as a SET", tbsSet, false, false},
     };
-    for (Bytes c : cases) {
-        SCOPED_TRACE(to_hex(c.data(), 4));
-        EXPECT_EQ(x_509_find_public_key_info_block(c.data()), nullptr);
-        EXPECT_EQ(x_509_get_open_key(c.data()), nullptr);
-        EXPECT_EQ(x_509_get_open_key_parametrs_ds(c.data()), 0xFFFFFFFFu);
+    for (Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        unsigned char* d = c.der.data();
+        EXPECT_EQ(x_509_find_public_key_info_block(d), c.block ? child(child(d, 0), 6) : nullptr);
+        EXPECT_EQ(x_509_get_open_key(d) != nullptr, c.key);
+        EXPECT_EQ(x_509_get_open_key_parametrs_ds(d), 0xFFFFFFFFu);
+        EXPECT_EQ(x_509_get_open_key_parametrs_ds_512bit(d), 0xFFFFFFFFu);
     }
     EXPECT_EQ(x_509_find_public_key_info_block(nullptr), nullptr);
     // The other accessors insist on a tbsCertificate SEQUENCE too.
