@@ -111,12 +111,7 @@ Pt entry(const Table& t, unsigned i) {
 
 // Entry i of each builder is k(i)·P of the chosen set.
 TEST(Tables256, EntriesAreTheirMultiples) {
-    struct Case {
-        void (*build)(unsigned char*, unsigned char);
-        int set;
-        std::vector<unsigned> idx;
-        T (*k)(unsigned);
-    };
+    struct Case { void (*build)(unsigned char*, unsigned char); int set; std::vector<unsigned> idx; T (*k)(unsigned); };
     auto two_i = [](unsigned i) { T k{}; k.b[i / 8] = static_cast<unsigned char>(1u << (i % 8)); return k; };
     // Comb: the scalar whose 32-bit limb j is 1 for each set bit j of the index.
     auto comb = [](unsigned b) { T k{}; for (unsigned j = 0; j < 8; ++j) k.b[4 * j] = b >> j & 1; return k; };

@@ -28,12 +28,13 @@ inline U64 be(const std::string& hex) { return le(kt::to_hex(kt::reversed(kt::fr
 
 inline U64 small(unsigned v) { return le(kt::to_hex(&v, sizeof v)); }
 
-inline U128 join(const U64& x, const U64& y) {
-    U128 r;
-    for (int i = 0; i < 64; ++i) r.b[i] = x.b[i], r.b[64 + i] = y.b[i];
-    return r;
-}
+inline std::string hex(const U64& v) { return kt::to_hex(v.b, 64); }
+inline std::string hex(const U128& v) { return kt::to_hex(v.b, 128); }
+// Values joined, so that one comparison shows a whole point.
+inline std::string pt(const U64& x, const U64& y) { return hex(x) + hex(y); }
+inline std::string pt(const U64& X, const U64& Y, const U64& Z) { return hex(X) + hex(Y) + hex(Z); }
 
+inline U128 join(const U64& x, const U64& y) { return le128(pt(x, y)); }
 inline U64 half(const U128& v, int which) { return le(kt::to_hex(v.b + 64 * which, 64)); }
 
 // The records of one kind ("op = ...") in ec2012/arith.txt.
@@ -44,11 +45,6 @@ inline std::vector<kt::Record> ops(const std::string& op) {
     return out;
 }
 
-inline std::string hex(const U64& v) { return kt::to_hex(v.b, 64); }
-inline std::string hex(const U128& v) { return kt::to_hex(v.b, 128); }
-// Values joined, so that one comparison shows a whole point.
-inline std::string pt(const U64& x, const U64& y) { return hex(x) + hex(y); }
-inline std::string pt(const U64& X, const U64& Y, const U64& Z) { return hex(X) + hex(Y) + hex(Z); }
 
 // OpenSSL's signature (s || r, each 64 bytes big-endian) in this library's
 // exported layout: s as two separately reversed 32-byte halves, low half
