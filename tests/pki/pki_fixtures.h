@@ -87,7 +87,7 @@ inline Bytes message_of(Bytes& content, bool attached, Bytes& block, Bytes& cert
 }
 
 struct CertFacts {
-    std::string name, paramset, serial, not_before, not_after;
+    std::string name, serial, not_before, not_after;
     bool v3;
     Bytes der, key, priv;
 };
@@ -95,7 +95,7 @@ struct CertFacts {
 inline std::vector<CertFacts> fixture_certs() {
     std::vector<CertFacts> out;
     for (kt::Record& r : kt::load_records("pki/certs.txt"))
-        out.push_back({r["name"], r["paramset"], r["serial"], r["not_before"], r["not_after"], r["version3"] == "1",
+        out.push_back({r["name"], r["serial"], r["not_before"], r["not_after"], r["version3"] == "1",
                        kt::load_file("pki/" + r["name"] + ".der"), kt::from_hex(r["key"]), kt::from_hex(r["private"])});
     return out;
 }

@@ -143,11 +143,7 @@ TEST(CmsSign, RoundTrips) {
     altered[0] ^= 1;
     type_uN<32> d = key_of(digest);
     const std::string uns = item("1.2.3.4", tlv(0x04, {1}));
-    struct Case {
-        std::string sig, uns;
-        bool attached, withCert, viaDigest;
-        int signer;
-    } cases[] = {
+    struct Case { std::string sig, uns; bool attached, withCert, viaDigest; int signer; } cases[] = {
         {"", "", true, true, false, 0},        {kSigningTime, "", true, true, false, 0},
         {kSigningTime, uns, false, true, false, 0}, {kSigningTime, "", true, false, false, 0},
         {"", uns, false, false, false, 0},     {kSigningTime, uns, false, false, true, 1},
@@ -240,8 +236,6 @@ TEST(CmsVerify, Codes) {
     unsigned char* sig = block.data() + 2;
     unsigned char* cert = ca.der.data();
 
-    EXPECT_EQ(check(nullptr, content.data(), content.size(), cert, sig), 5u);
-    EXPECT_EQ(check_hash(nullptr, digest.data(), 32, cert, sig), 5u);
     // No data without signed attributes; decided before the key.
     EXPECT_EQ(check(nullptr, nullptr, 5, cert, sig), 4u);
     EXPECT_EQ(check(nullptr, content.data(), 0, cert, sig), 4u);

@@ -57,10 +57,7 @@ TEST(X509Fixtures, Accessors) {
     // its parameter set (X none), key usage, and the subject slots (country,
     // O, OU, dnQualifier, ST, CN, serialNumber, email; "-" absent).
     const unsigned X = 0xFFFFFFFF;
-    struct Want {
-        unsigned sel256, sel512, usage;
-        std::vector<std::string> subject;
-    };
+    struct Want { unsigned sel256, sel512, usage; std::vector<std::string> subject; };
     const std::map<std::string, Want> want = {
         {"ca_a", {1, X, 0x61, {"RU", "Korvex Test CA", "Certificates", "-", "Moscow", "Korvex Root A", "-", "ca@korvex.test"}}},
         {"leaf_b", {2, X, 0x03, {"RU", "Korvex", "Signing", "-", "-", "Signer B", "SN-0002", "-"}}},
@@ -123,73 +120,55 @@ TEST(X509Fixtures, Accessors) {
     }
 }
 
-TEST(X509Hand, ParameterSetSelectors) {
-    struct Case {
-        const char* oid;
-        unsigned sel256, sel512;
-    } cases[] = {
-        {"2A85030202 2300", 0, 0xFFFFFFFF},  // test set
-        {"2A85030202 2301", 1, 0xFFFFFFFF},  // CryptoPro-A
-        {"2A85030202 2302", 2, 0xFFFFFFFF},  // CryptoPro-B
-        {"2A85030202 2303", 3, 0xFFFFFFFF},  // CryptoPro-C
-        {"2A85030202 2400", 1, 0xFFFFFFFF},  // XchA: the curve of A
-        {"2A85030202 2401", 3, 0xFFFFFFFF},  // XchB: the curve of C
-        {"2A85030202 2407", 3, 0xFFFFFFFF},  // any other exchange arc
-        {"2A85030202 230105", 1, 0xFFFFFFFF},  // longer OID, same prefix: length not checked
-        // A shorter OID reads its selector from the next octet (the tag 06 of
-        // the digest OID that follows).
-        {"2A85030202 23", 6, 0xFFFFFFFF},
-        {"2A85030202 2201", 0xFFFFFFFF, 0xFFFFFFFF},
-        {"2A8503070102010201", 0xFFFFFFFF, 1},  // TC26 512-bit paramSetA
-        {"2A8503070102010202", 0xFFFFFFFF, 2},
-        {"2A8503070102010200", 0xFFFFFFFF, 0},
-    };
-    for (const Case& c : cases) {
-        HandCert h;
-        h.key = spki(c.oid);
-        Bytes der = h.der();
-        EXPECT_EQ(x_509_get_open_key_parametrs_ds(der.data()), c.sel256) << c.oid;
-        EXPECT_EQ(x_509_get_open_key_parametrs_ds_512bit(der.data()), c.sel512) << c.oid;
-    }
-}
-
-TEST(X509Hand, PublicKeyBlockLayouts) {
+TEST(X509Hand, PublicKeyBlockAndSelectors) {
     // Where the block is found it is the tbsCertificate's seventh child; the
     // key needs BIT STRING { 00, OCTET STRING }, the selectors each step of
-    // the walk to publicKeyParamSet.
+    // the walk to publicKeyParamSet, then the OID's prefix and next octet.
+    const unsigned X = 0xFFFFFFFF;
     const Bytes key = tlv(0x03, cat({{0x00}, tlv(0x04, Bytes(64, 0x11))}));
     const Bytes alg = oid("2A85030202 13"), param = oid("2A85030202 2301");
     auto with = [](const Bytes& spki) { HandCert h; h.key = spki; return h.der(); };
+    auto set_of = [&](const char* paramOid) { return with(spki(paramOid)); };
     HandCert h;
     Bytes tbsSet = h.der();
     tbsSet[header_size(tbsSet.data())] = 0x31;
-    struct Case {
-        const char* what;
-        Bytes der;
-        bool block, key;
-    } cases[] = {
-        {"key not in a BIT STRING", with(seq({seq({alg}), tlv(0x04, Bytes(64, 1))})), true, false},
-        {"BIT STRING without OCTET STRING", with(seq({seq({alg}), tlv(0x03, cat({{0x00}, Bytes(64, 1)}))})), true, false},
-        {"OCTET STRING overruns the BIT STRING", with(seq({seq({alg}), tlv(0x03, from_hex("00 04 40 01 02"))})), true, false},
-        {"algorithm without its OID", with(seq({seq({tlv(0x05, {}), seq({param})}), key})), true, true},
-        {"NULL parameters", with(seq({seq({alg, tlv(0x05, {})}), key})), true, true},
-        {"no parameters", with(seq({seq({alg}), key})), true, true},
-        {"parameters not starting with an OID", with(seq({seq({alg, seq({tlv(0x02, {1}), param})}), key})), true, true},
-        {"parameters in a SET", with(seq({seq({alg, set({param})}), key})), true, true},
-        {"short OID at the end of its SEQUENCE", with(seq({seq({alg, seq({oid("2A8503020223")})}), key})), true, true},
-        {"no SEQUENCE opening with one", cert_of(cat({h.version, h.serial, h.alg, kName, h.validity, kName})), false, false},
-        {"not a SEQUENCE", from_hex("31 03 30 01 30"), false, false},
-        {"empty tbsCertificate", from_hex("30 02 30 00"), false, false},
-        {"a SET in place of tbsCertificate, holding a look-alike", from_hex("30 08 31 06 30 04 30 02 05 00"), false, false},
-        {"tbsCertificate retagged as a SET", tbsSet, false, false},
+    struct Case { const char* what; Bytes der; bool block, key; unsigned sel256, sel512; } cases[] = {
+        {"test set", set_of("2A85030202 2300"), true, true, 0, X},
+        {"CryptoPro-A", set_of("2A85030202 2301"), true, true, 1, X},
+        {"CryptoPro-B", set_of("2A85030202 2302"), true, true, 2, X},
+        {"CryptoPro-C", set_of("2A85030202 2303"), true, true, 3, X},
+        {"XchA: the curve of A", set_of("2A85030202 2400"), true, true, 1, X},
+        {"XchB: the curve of C", set_of("2A85030202 2401"), true, true, 3, X},
+        {"any other exchange arc", set_of("2A85030202 2407"), true, true, 3, X},
+        {"longer OID, same prefix: length not checked", set_of("2A85030202 230105"), true, true, 1, X},
+        // The next octet is the tag 06 of the digest OID that follows.
+        {"shorter OID with the prefix", set_of("2A85030202 23"), true, true, 6, X},
+        {"1.2.643.2.2.34.1", set_of("2A85030202 2201"), true, true, X, X},
+        {"TC26 512-bit paramSetA", set_of("2A8503070102010201"), true, true, X, 1},
+        {"TC26 512-bit paramSetB", set_of("2A8503070102010202"), true, true, X, 2},
+        {"TC26 512-bit test set", set_of("2A8503070102010200"), true, true, X, 0},
+        {"key not in a BIT STRING", with(seq({seq({alg}), tlv(0x04, Bytes(64, 1))})), true, false, X, X},
+        {"BIT STRING without OCTET STRING", with(seq({seq({alg}), tlv(0x03, cat({{0x00}, Bytes(64, 1)}))})), true, false, X, X},
+        {"OCTET STRING overruns the BIT STRING", with(seq({seq({alg}), tlv(0x03, from_hex("00 04 40 01 02"))})), true, false, X, X},
+        {"algorithm without its OID", with(seq({seq({tlv(0x05, {}), seq({param})}), key})), true, true, X, X},
+        {"NULL parameters", with(seq({seq({alg, tlv(0x05, {})}), key})), true, true, X, X},
+        {"no parameters", with(seq({seq({alg}), key})), true, true, X, X},
+        {"parameters not starting with an OID", with(seq({seq({alg, seq({tlv(0x02, {1}), param})}), key})), true, true, X, X},
+        {"parameters in a SET", with(seq({seq({alg, set({param})}), key})), true, true, X, X},
+        {"short OID at the end of its SEQUENCE", with(seq({seq({alg, seq({oid("2A8503020223")})}), key})), true, true, X, X},
+        {"no SEQUENCE opening with one", cert_of(cat({h.version, h.serial, h.alg, kName, h.validity, kName})), false, false, X, X},
+        {"not a SEQUENCE", from_hex("31 03 30 01 30"), false, false, X, X},
+        {"empty tbsCertificate", from_hex("30 02 30 00"), false, false, X, X},
+        {"a SET in place of tbsCertificate, holding a look-alike", from_hex("30 08 31 06 30 04 30 02 05 00"), false, false, X, X},
+        {"tbsCertificate retagged as a SET", tbsSet, false, false, X, X},
     };
     for (Case& c : cases) {
         SCOPED_TRACE(c.what);
         unsigned char* d = c.der.data();
         EXPECT_EQ(x_509_find_public_key_info_block(d), c.block ? child(child(d, 0), 6) : nullptr);
         EXPECT_EQ(x_509_get_open_key(d) != nullptr, c.key);
-        EXPECT_EQ(x_509_get_open_key_parametrs_ds(d), 0xFFFFFFFFu);
-        EXPECT_EQ(x_509_get_open_key_parametrs_ds_512bit(d), 0xFFFFFFFFu);
+        EXPECT_EQ(x_509_get_open_key_parametrs_ds(d), c.sel256);
+        EXPECT_EQ(x_509_get_open_key_parametrs_ds_512bit(d), c.sel512);
     }
     EXPECT_EQ(x_509_find_public_key_info_block(nullptr), nullptr);
     // The other accessors insist on a tbsCertificate SEQUENCE too.
@@ -199,10 +178,7 @@ TEST(X509Hand, PublicKeyBlockLayouts) {
 }
 
 TEST(X509Hand, LimitedLengthReader) {
-    struct Case {
-        const char* der;
-        unsigned len;
-    } cases[] = {
+    struct Case { const char* der; unsigned len; } cases[] = {
         {"30 05", 5}, {"30 7F", 127},
         {"30 81 C8 AB", 0xC8AB},  // 0x81 form: the first content octet becomes the low byte
         {"30 82 01 00", 256}, {"30 82 FF FF", 65535}, {"30 83 01 00 00", 0}, {"30 84 00 01 00 00", 0},
@@ -256,12 +232,7 @@ TEST(X509Hand, NameRules) {
 }
 
 TEST(X509Hand, KeyUsageRules) {
-    struct Case {
-        const char* what;
-        unsigned char version;
-        Bytes tail;
-        unsigned want;
-    } cases[] = {
+    struct Case { const char* what; unsigned char version; Bytes tail; unsigned want; } cases[] = {
         {"03 02 05 A0", 2, key_usage_ext(from_hex("05 A0")), 0x05},
         {"critical flag", 2, key_usage_ext(from_hex("07 80"), true), 0x01},
         {"unused bits not applied", 2, key_usage_ext(from_hex("07 FF 80")), 0x1FF},
