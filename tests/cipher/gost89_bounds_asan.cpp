@@ -17,7 +17,7 @@ namespace {
 struct Heap {
     std::unique_ptr<unsigned char[]> p;
     explicit Heap(const Bytes& b) : p(b.empty() ? nullptr : new unsigned char[b.size()]) {
-        if (!b.empty()) std::memcpy(p.get(), b.data(), b.size());
+        std::copy(b.begin(), b.end(), p.get());
     }
     unsigned char* data() { return p.get(); }
     template <class T>
