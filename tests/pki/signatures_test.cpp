@@ -258,11 +258,8 @@ TEST(CmsVerify, Codes) {
     // Only a selector whose low byte is 255 means "no usable key", whether
     // 0xFFFFFFFF (1.2.643.2.2.37.1, unknown prefix) or 255 (last arc 255);
     // 254 is an ordinary selector (the test curve): merely invalid.
-    struct Case {
-        int at;
-        unsigned char v;
-        unsigned sel, cms, x509;  // the CA's own certificate checked with the altered key
-    } cases[] = {{1, 0x01, 1, 5, 1}, {1, 0xFE, 0xFE, 6, 0}, {1, 0xFF, 0xFF, 3, 0}, {0, 0x25, 0xFFFFFFFF, 3, 0}};
+    // x509: the CA's own certificate checked with the altered key.
+    struct Case { int at; unsigned char v; unsigned sel, cms, x509; } cases[] = {{1, 0x01, 1, 5, 1}, {1, 0xFE, 0xFE, 6, 0}, {1, 0xFF, 0xFF, 3, 0}, {0, 0x25, 0xFFFFFFFF, 3, 0}};
     for (const Case& c : cases) {
         SCOPED_TRACE(int(c.v));
         Bytes odd = with_param_octet(ca.der, c.at, c.v);
