@@ -36,7 +36,9 @@ TEST(Arith256, AddSubCarryBorrowAndAliasing) {
         EXPECT_EQ(GOST_34_10_2001_sub_256_bit(&r, &c.a, &c.b), c.borrow);
         EXPECT_EQ(r, c.diff);
     }
-    for (auto& rec : ect::ops("addsub")) {
+    auto recs = ect::ops("addsub");
+    EXPECT_EQ(recs.size(), 24u);
+    for (auto& rec : recs) {
         T a = u256(rec["a"]), b = u256(rec["b"]), x = a, y = b;
         EXPECT_EQ(GOST_34_10_2001_add_256_bit(&r, &a, &b), std::stoi(rec["carry"]));
         EXPECT_EQ(ect::hex(r), rec["sum"]);
@@ -115,7 +117,6 @@ TEST(Arith256, ModularEdgeCases) {
         {Mod, small(4), {}, small(5), small(4), "below p"},
         {Mod, small(5), {}, small(5), small(0), "equal to p"},
         {Mod, small(11), {}, small(5), small(6), "one subtraction only"},
-        {Mod, small(16), {}, small(5), small(11), "16 - 5"},
         {Add, pA1, one, pA, {}, "p - 1 + 1"},
         {Add, small(22), {}, small(7), small(15), "22 + 0: one subtraction"},
         {Sub, {}, one, pA, pA1, "0 - 1"},
@@ -130,8 +131,6 @@ TEST(Arith256, ModularEdgeCases) {
         {Div, one, small(77), pB, small(77), "77 / 1"},
         {Inv, pB3, {}, pB, invB3, "x >= p coprime to p still inverts"},
         {Inv, small(3), {}, small(9), small(4), "not coprime: Euclid ends on u = 0, returns x2"},
-        {Inv, small(2), {}, small(7), small(4), "1/2 mod 7"},
-        {Div, small(5), small(3), small(7), small(2), "3/5 mod 7"},
     };
     for (auto c : cases) {
         T r = c.a;
