@@ -23,19 +23,8 @@ inline type_uN<N> from_hex(const std::string& h) {
 inline type_uN<32> u256(const std::string& h) { return from_hex<32>(h); }
 
 // A number given big-endian, as published.
-inline type_uN<32> be256(const std::string& h) {
-    kt::Bytes b = kt::reversed(kt::from_hex(h));
-    b.resize(32, 0);
-    type_uN<32> v;
-    std::memcpy(v.b, b.data(), 32);
-    return v;
-}
-
-inline type_uN<32> small(unsigned long long v) {
-    type_uN<32> r{};
-    for (int i = 0; i < 8; ++i) r.b[i] = static_cast<unsigned char>(v >> (8 * i));
-    return r;
-}
+inline type_uN<32> be256(const std::string& h) { return u256(kt::to_hex(kt::reversed(kt::from_hex(h)))); }
+inline type_uN<32> small(unsigned long long v) { return u256(kt::to_hex(&v, 8) + std::string(48, '0')); }
 
 template <unsigned N>
 inline std::string hex(const type_uN<N>& v) { return kt::to_hex(v.b, N); }

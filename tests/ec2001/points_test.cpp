@@ -102,10 +102,7 @@ TEST(Points256, OrderTwoAndEqualXCases) {
 using Table = std::vector<unsigned char>;
 
 Pt entry(const Table& t, unsigned i) {
-    Pt r;
-    std::memcpy(r.x.b, &t[64 * i], 32);
-    std::memcpy(r.y.b, &t[64 * i + 32], 32);
-    return r;
+    return {u256(kt::to_hex(&t[64 * i], 32)), u256(kt::to_hex(&t[64 * i + 32], 32))};
 }
 
 // Entry i of each builder is k(i)·P of the chosen set.
