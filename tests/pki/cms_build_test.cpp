@@ -88,13 +88,14 @@ TEST(CmsAttribute, SignerBlockShapesAndSizeBound) {
     // The null-output size is text based: (signed + 141, or 66) + unsigned.
     // Items whose DER is longer than their text ("1.2.3:AAAA" is 10
     // characters, 11 octets) and the [0]/[1] headers would overrun it, so it
-    // may be larger, but never less than what is written. Signed attributes are ordered by whole size, equal sizes as written:
-    // user attributes of 40, 26 and 60 octets join the fixed 26 (contentType)
-    // and 49 (messageDigest), contentType staying in front of the user
-    // attribute of its size. DER (X.690 11.6) would put that user attribute
-    // (30 18 06 03 ...) first; OpenSSL verifies the attributes as received
-    // and accepts the library's order (interop.txt, korvex_*_sort_example_*).
-    // Unsigned attributes keep the order given.
+    // may be larger, but never less than what is written. Signed attributes
+    // are ordered by whole size, equal sizes as written: user attributes of
+    // 40, 26 and 60 octets join the fixed 26 (contentType) and 49
+    // (messageDigest), contentType staying in front of the user attribute of
+    // its size. DER (X.690 11.6) would put that user attribute (30 18 06 03
+    // ...) first; OpenSSL verifies the attributes as received and accepts the
+    // library's order (interop.txt, korvex_*_sort_example_*). Unsigned
+    // attributes keep the order given.
     const std::string sorted = item_of_size(40, 0x40) + "&" + item_of_size(26, 0x26) + "&" + item_of_size(60, 0x60);
     const std::string uns = item_of_size(40, 1) + "&" + item_of_size(26, 2);
     const Bytes a0 = tlv(0xA0, cat({kContentTypeAttr, kSigningTimeAttr, kDigestAttr}));
@@ -222,7 +223,9 @@ TEST(CmsMessage, LayoutAndParse) {
 
 TEST(CmsMessage, CreateRejects) {
     Bytes bare = block_of("", ""), content = str("x");
-    auto size = [&](unsigned char* c, Bytes cert) { return CMS_SignedData_create(c, 1, bare.data(), 66, cert.data(), 1, nullptr); };
+    auto size = [&](unsigned char* c, Bytes cert) {
+        return CMS_SignedData_create(c, 1, bare.data(), 66, cert.data(), 1, nullptr);
+    };
     // A certificate without the explicit version field cannot name the signer.
     EXPECT_EQ(size(content.data(), fixture_cert("v1_a").der), 0u);
     EXPECT_EQ(CMS_SignedData_create(content.data(), 1, bare.data(), 66, nullptr, 1, nullptr), 0u);

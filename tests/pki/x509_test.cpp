@@ -149,7 +149,7 @@ TEST(X509Hand, PublicKeyBlockAndSelectors) {
         {"TC26 512-bit test set", set_of("2A8503070102010200"), true, true, X, 0},
         {"key not in a BIT STRING", with(seq({seq({alg}), tlv(0x04, Bytes(64, 1))})), true, false, X, X},
         {"BIT STRING without OCTET STRING", with(seq({seq({alg}), tlv(0x03, cat({{0x00}, Bytes(64, 1)}))})), true, false, X, X},
-        {"OCTET STRING overruns the BIT STRING", with(seq({seq({alg}), tlv(0x03, from_hex("00 04 40 01 02"))})), true, false, X, X},
+        {"OCTET STRING overruns its BIT STRING", with(seq({seq({alg}), tlv(0x03, from_hex("0004400102"))})), true, false, X, X},
         {"algorithm without its OID", with(seq({seq({tlv(0x05, {}), seq({param})}), key})), true, true, X, X},
         {"NULL parameters", with(seq({seq({alg, tlv(0x05, {})}), key})), true, true, X, X},
         {"no parameters", with(seq({seq({alg}), key})), true, true, X, X},
@@ -159,7 +159,7 @@ TEST(X509Hand, PublicKeyBlockAndSelectors) {
         {"no SEQUENCE opening with one", cert_of(cat({h.version, h.serial, h.alg, kName, h.validity, kName})), false, false, X, X},
         {"not a SEQUENCE", from_hex("31 03 30 01 30"), false, false, X, X},
         {"empty tbsCertificate", from_hex("30 02 30 00"), false, false, X, X},
-        {"a SET in place of tbsCertificate, holding a look-alike", from_hex("30 08 31 06 30 04 30 02 05 00"), false, false, X, X},
+        {"a SET for tbsCertificate, holding a look-alike", from_hex("30 08 31 06 30 04 30 02 05 00"), false, false, X, X},
         {"tbsCertificate retagged as a SET", tbsSet, false, false, X, X},
     };
     for (Case& c : cases) {
