@@ -16,7 +16,7 @@ typedef type_uN<32> U256;
 typedef type_uN<64> U512;
 
 template <unsigned N>
-type_uN<N> random_value(kt::Rng& rng) {
+type_uN<N> rnd(kt::Rng& rng) {
     type_uN<N> v;
     Bytes b = rng.bytes(N);
     std::memcpy(v.b, b.data(), N);
@@ -24,7 +24,21 @@ type_uN<N> random_value(kt::Rng& rng) {
 }
 
 template <unsigned N>
+type_uN<N> load(const Bytes& m, size_t pos, size_t n = N) {
+    type_uN<N> v{};
+    std::memcpy(v.b, m.data() + pos, n);
+    return v;
+}
+
+template <unsigned N>
 std::string hex(const type_uN<N>& v) { return kt::to_hex(v.b, N); }
+
+template <unsigned N>
+type_uN<N> xorv(const type_uN<N>& a, const type_uN<N>& b) {
+    type_uN<N> r;
+    for (unsigned i = 0; i < N; ++i) r.b[i] = a.b[i] ^ b.b[i];
+    return r;
+}
 
 uint64_t word(const unsigned char* p, int i) {
     uint64_t w;
@@ -44,162 +58,109 @@ void psi_ref(U256& y) {
     std::memcpy(y.b, w, 32);
 }
 
-U256 xor256(const U256& a, const U256& b) {
-    U256 r;
-    for (int i = 0; i < 32; ++i) r.b[i] = a.b[i] ^ b.b[i];
-    return r;
-}
-
-TEST(Gost94Blocks, TransformA) {
+TEST(Gost94Blocks, APAndMix) {
     kt::Rng rng(1);
-    U256 y = random_value<32>(rng), r = y;
+    U256 y = rnd<32>(rng), r = y;
     GOST_34_11_94_A(&r);
-    EXPECT_EQ(word(r.b, 0), word(y.b, 1));
-    EXPECT_EQ(word(r.b, 1), word(y.b, 2));
-    EXPECT_EQ(word(r.b, 2), word(y.b, 3));
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(word(r.b, i), word(y.b, i + 1));
     EXPECT_EQ(word(r.b, 3), word(y.b, 0) ^ word(y.b, 1));
-}
 
-TEST(Gost94Blocks, PermutationP) {
     U256 in, out;
     for (int i = 0; i < 32; ++i) in.b[i] = static_cast<unsigned char>(i);
     GOST_34_11_94_P(&out, &in);
-    for (int k = 0; k < 8; ++k)
-        for (int i = 0; i < 4; ++i) EXPECT_EQ(out.b[4 * k + i], 8 * i + k);
+    for (int i = 0; i < 32; ++i) EXPECT_EQ(out.b[i], 8 * (i % 4) + i / 4);
     GOST_34_11_94_P(&in, &in);  // in place
     EXPECT_EQ(hex(in), hex(out));
-}
 
-TEST(Gost94Blocks, MixIsPsiNTimes) {
-    kt::Rng rng(2);
     for (unsigned n : {0u, 1u, 2u, 3u, 4u, 5u, 12u, 61u, 200u, 255u}) {
-        U256 y = random_value<32>(rng), r = y;
+        U256 y = rnd<32>(rng), r = y;
         for (unsigned i = 0; i < n; ++i) psi_ref(r);
         GOST_34_11_94_mix(&y, static_cast<unsigned char>(n));
         EXPECT_EQ(hex(y), hex(r)) << n;
     }
 }
 
-TEST(Gost94Blocks, MixingAndStep) {
+TEST(Gost94Blocks, MixingKeyGenAndStep) {
+    static const unsigned char c3[32] = {0x00, 0xFF, 0x00, 0xFF, 0x00, 0xFF, 0x00, 0xFF, 0xFF, 0x00, 0xFF,
+                                         0x00, 0xFF, 0x00, 0xFF, 0x00, 0x00, 0xFF, 0xFF, 0x00, 0xFF, 0x00,
+                                         0x00, 0xFF, 0xFF, 0x00, 0x00, 0x00, 0xFF, 0xFF, 0x00, 0xFF};
     kt::Rng rng(3);
     for (int t = 0; t < 8; ++t) {
-        U256 s = random_value<32>(rng), m = random_value<32>(rng), h = random_value<32>(rng);
+        U256 s = rnd<32>(rng), m = rnd<32>(rng), h = rnd<32>(rng);
         // Shuffle: psi^12, XOR M, psi, XOR H, psi^61; a null M skips its XOR.
-        U256 ref = s, ref_null = s;
-        GOST_34_11_94_mix(&ref, 12);
-        GOST_34_11_94_mix(&ref_null, 12);
-        ref = xor256(ref, m);
-        GOST_34_11_94_mix(&ref, 1);
-        GOST_34_11_94_mix(&ref_null, 1);
-        ref = xor256(ref, h);
-        ref_null = xor256(ref_null, h);
-        GOST_34_11_94_mix(&ref, 61);
-        GOST_34_11_94_mix(&ref_null, 61);
-        U256 got = s, got_null = s;
-        GOST_34_11_94_mixing(&got, &m, &h);
-        GOST_34_11_94_mixing(&got_null, nullptr, &h);
-        EXPECT_EQ(hex(got), hex(ref));
-        EXPECT_EQ(hex(got_null), hex(ref_null));
-
+        for (U256* mp : {&m, static_cast<U256*>(nullptr)}) {
+            U256 ref = s, got = s;
+            GOST_34_11_94_mix(&ref, 12);
+            if (mp) ref = xorv(ref, *mp);
+            GOST_34_11_94_mix(&ref, 1);
+            ref = xorv(ref, h);
+            GOST_34_11_94_mix(&ref, 61);
+            GOST_34_11_94_mixing(&got, mp, &h);
+            EXPECT_EQ(hex(got), hex(ref));
+        }
         // Key generation and encryption with the cipher's own 32-Z cycle.
-        static const unsigned char c3[32] = {0x00, 0xFF, 0x00, 0xFF, 0x00, 0xFF, 0x00, 0xFF, 0xFF, 0x00, 0xFF,
-                                             0x00, 0xFF, 0x00, 0xFF, 0x00, 0x00, 0xFF, 0xFF, 0x00, 0xFF, 0x00,
-                                             0x00, 0xFF, 0xFF, 0x00, 0x00, 0x00, 0xFF, 0xFF, 0x00, 0xFF};
-        U256 u = h, v = m, enc = h, c;
-        std::memcpy(c.b, c3, 32);
+        U256 u = h, v = m, enc = h, c = load<32>(Bytes(c3, c3 + 32), 0);
         for (int i = 0; i < 4; ++i) {
-            U256 w = xor256(u, v), key;
+            U256 w = xorv(u, v), key;
             GOST_34_11_94_P(&key, &w);
             type_u64 block;
             std::memcpy(&block, enc.b + 8 * i, 8);
             GOST_28147_cycle_32_Z(&block, &key, GOST_28147_89_get_s_box_ptr(1));
             std::memcpy(enc.b + 8 * i, &block, 8);
-            if (i < 3) {
-                GOST_34_11_94_A(&u);
-                if (i == 1) u = xor256(u, c);
-                GOST_34_11_94_A(&v);
-                GOST_34_11_94_A(&v);
-            }
+            GOST_34_11_94_A(&u);
+            if (i == 1) u = xorv(u, c);
+            GOST_34_11_94_A(&v);
+            GOST_34_11_94_A(&v);
         }
         U256 gen;
         GOST_34_11_94_gen_key_and_encrypt(&gen, &m, &h);
         EXPECT_EQ(hex(gen), hex(enc));
-
         // The step function is the two combined.
         GOST_34_11_94_mixing(&enc, &m, &h);
-        U256 step = h;
-        GOST_34_11_94_base_step(&m, &step);
-        EXPECT_EQ(hex(step), hex(enc));
+        GOST_34_11_94_base_step(&m, &h);
+        EXPECT_EQ(hex(h), hex(enc));
     }
 }
 
 TEST(Gost94Blocks, SumAndXor) {
-    U256 a, b, r;
+    U256 a, b{}, r;
     std::memset(a.b, 0xFF, 32);
-    std::memset(b.b, 0, 32);
     b.b[0] = 2;
     GOST_34_11_94_sum_mod_2_256(&a, &b);  // 2^256 - 1 + 2 = 1
     EXPECT_EQ(hex(a), "01" + std::string(62, '0'));
-    std::memset(a.b, 0, 32);
-    a.b[7] = 0xFF;
-    a.b[6] = 0xFF;
-    b.b[0] = 0;
+    a = U256{};
+    a.b[7] = a.b[6] = 0xFF;
+    b = U256{};
     b.b[6] = 0x01;
     GOST_34_11_94_sum_mod_2_256(&a, &b);  // carry across a word boundary
-    EXPECT_EQ(hex(a), "000000000000" "00" "00" "01" + std::string(46, '0'));
+    EXPECT_EQ(hex(a), "000000000000000001" + std::string(46, '0'));
     kt::Rng rng(4);
-    U256 x = random_value<32>(rng), y = random_value<32>(rng);
+    U256 x = rnd<32>(rng), y = rnd<32>(rng);
     GOST_34_11_94_xor_u256(&r, &x, &y);
-    EXPECT_EQ(hex(r), hex(xor256(x, y)));
-}
-
-// The whole-message algorithm rebuilt from the exported pieces.
-U256 hash94_ref(const Bytes& m, const U256* start) {
-    U256 h{}, sigma{}, len{};
-    if (start) h = *start;
-    size_t pos = 0;
-    for (; pos + 32 <= m.size(); pos += 32) {
-        U256 blk;
-        std::memcpy(blk.b, m.data() + pos, 32);
-        GOST_34_11_94_sum_mod_2_256(&sigma, &blk);
-        GOST_34_11_94_base_step(&blk, &h);
-    }
-    if (pos < m.size()) {
-        U256 blk{};
-        std::memcpy(blk.b, m.data() + pos, m.size() - pos);
-        GOST_34_11_94_sum_mod_2_256(&sigma, &blk);
-        GOST_34_11_94_base_step(&blk, &h);
-    }
-    uint32_t bits = static_cast<uint32_t>(m.size() * 8);
-    std::memcpy(len.b, &bits, 4);
-    GOST_34_11_94_base_step(&len, &h);
-    GOST_34_11_94_base_step(&sigma, &h);
-    return h;
+    EXPECT_EQ(hex(r), hex(xorv(x, y)));
 }
 
 TEST(Gost94Blocks, HashFromPieces) {
     kt::Rng rng(5);
-    U256 start = random_value<32>(rng);
+    U256 start = rnd<32>(rng);
     for (size_t n : {0, 1, 31, 32, 33, 64, 100}) {
         Bytes m = rng.bytes(n);
         for (U256* sv : {static_cast<U256*>(nullptr), &start}) {
-            U256 out;
+            // Blocks, the last one zero-padded, then the 32-bit bit length and sigma.
+            U256 h = sv ? *sv : U256{}, sigma{}, len{}, out;
+            for (size_t pos = 0; pos < n; pos += 32) {
+                U256 blk = load<32>(m, pos, std::min<size_t>(32, n - pos));
+                GOST_34_11_94_sum_mod_2_256(&sigma, &blk);
+                GOST_34_11_94_base_step(&blk, &h);
+            }
+            uint32_t bits = static_cast<uint32_t>(n * 8);
+            std::memcpy(len.b, &bits, 4);
+            GOST_34_11_94_base_step(&len, &h);
+            GOST_34_11_94_base_step(&sigma, &h);
             GOST_34_11_94_hash(m.data(), static_cast<unsigned>(n), sv, &out);
-            EXPECT_EQ(hex(out), hex(hash94_ref(m, sv))) << n;
+            EXPECT_EQ(hex(out), hex(h)) << n;
         }
     }
-    // The empty message: f(f(0, 0), 0).
-    U256 zero{}, h{}, out;
-    GOST_34_11_94_base_step(&zero, &h);
-    GOST_34_11_94_base_step(&zero, &h);
-    GOST_34_11_94_hash(nullptr, 0, nullptr, &out);
-    EXPECT_EQ(hex(out), hex(h));
-    // A 33-byte message is the 32-byte block then 1 byte padded with 31 zeros;
-    // 32 bytes get no padding block.
-    Bytes m = rng.bytes(33);
-    U256 a = hash94_ref(m, nullptr), b;
-    GOST_34_11_94_hash(m.data(), 33, nullptr, &b);
-    EXPECT_EQ(hex(a), hex(b));
 }
 
 // --- GOST R 34.11-2012 -------------------------------------------------------
@@ -211,34 +172,20 @@ U512 lps(U512 x) {
     return x;
 }
 
-U512 xor512(U512 a, U512 b) {
-    U512 r;
-    GOST_34_11_2012_xor_512(&r, &a, &b);
-    return r;
-}
-
-TEST(Gost2012Blocks, SboxIsPi) {
+TEST(Gost2012Blocks, SboxAndTransposition) {
     U512 x;
     for (int i = 0; i < 64; ++i) x.b[i] = static_cast<unsigned char>(i);
-    GOST_34_11_2012_Sbox(&x);
-    // pi(0..3) = FC EE DD 11, pi(63) = 1F (RFC 6986 section 6).
-    EXPECT_EQ(kt::to_hex(x.b, 4), "fceedd11");
-    EXPECT_EQ(x.b[63], 0x1F);
+    GOST_34_11_2012_Transposition(&x);
+    for (int i = 0; i < 64; ++i) EXPECT_EQ(x.b[i], 8 * (i % 8) + i / 8);
+    // pi(0..3) = FC EE DD 11, pi(63) = 1F (RFC 6986 section 6), and pi is a permutation.
     std::vector<bool> seen(256);
     for (int base = 0; base < 256; base += 64) {
         for (int i = 0; i < 64; ++i) x.b[i] = static_cast<unsigned char>(base + i);
         GOST_34_11_2012_Sbox(&x);
+        if (base == 0) EXPECT_EQ(kt::to_hex(x.b, 4) + kt::to_hex(x.b + 63, 1), "fceedd111f");
         for (int i = 0; i < 64; ++i) seen[x.b[i]] = true;
     }
-    for (int v = 0; v < 256; ++v) EXPECT_TRUE(seen[v]) << v;  // a permutation
-}
-
-TEST(Gost2012Blocks, Transposition) {
-    U512 x;
-    for (int i = 0; i < 64; ++i) x.b[i] = static_cast<unsigned char>(i);
-    GOST_34_11_2012_Transposition(&x);
-    for (int i = 0; i < 8; ++i)
-        for (int j = 0; j < 8; ++j) EXPECT_EQ(x.b[8 * i + j], 8 * j + i);
+    for (int v = 0; v < 256; ++v) EXPECT_TRUE(seen[v]) << v;
 }
 
 TEST(Gost2012Blocks, MixColumnsRowsAndLinearity) {
@@ -256,33 +203,29 @@ TEST(Gost2012Blocks, MixColumnsRowsAndLinearity) {
         }
     kt::Rng rng(6);
     for (int t = 0; t < 10; ++t) {
-        U512 a = random_value<64>(rng), b = random_value<64>(rng), s = xor512(a, b);
+        U512 a = rnd<64>(rng), b = rnd<64>(rng), s = xorv(a, b);
         GOST_34_11_2012_Mix_Columns(&a);
         GOST_34_11_2012_Mix_Columns(&b);
         GOST_34_11_2012_Mix_Columns(&s);
-        EXPECT_EQ(hex(s), hex(xor512(a, b)));
+        EXPECT_EQ(hex(s), hex(xorv(a, b)));
     }
 }
 
-TEST(Gost2012Blocks, SumMod2_512) {
-    U512 a, b, r;
+TEST(Gost2012Blocks, SumAndXor) {
+    U512 a, b{}, r;
     std::memset(a.b, 0xFF, 64);
-    std::memset(b.b, 0, 64);
     b.b[0] = 1;
     GOST_34_11_2012_sum_mod_2_512(&r, &a, &b);
     EXPECT_EQ(hex(r), std::string(128, '0'));
     kt::Rng rng(7);
-    a = random_value<64>(rng);
-    b = random_value<64>(rng);
-    GOST_34_11_2012_sum_mod_2_512(&r, &a, &b);
+    a = rnd<64>(rng);
+    b = rnd<64>(rng);
+    GOST_34_11_2012_xor_512(&r, &a, &b);
+    EXPECT_EQ(hex(r), hex(xorv(a, b)));
     // Schoolbook byte addition as the reference; out may be a.
     U512 ref;
-    unsigned carry = 0;
-    for (int i = 0; i < 64; ++i) {
-        unsigned s = a.b[i] + b.b[i] + carry;
-        ref.b[i] = static_cast<unsigned char>(s);
-        carry = s >> 8;
-    }
+    for (unsigned i = 0, carry = 0; i < 64; ++i, carry >>= 8) ref.b[i] = static_cast<unsigned char>(carry += a.b[i] + b.b[i]);
+    GOST_34_11_2012_sum_mod_2_512(&r, &a, &b);
     EXPECT_EQ(hex(r), hex(ref));
     GOST_34_11_2012_sum_mod_2_512(&a, &a, &b);
     EXPECT_EQ(hex(a), hex(ref));
@@ -293,35 +236,30 @@ TEST(Gost2012Blocks, KeyEAndG) {
     Bytes c1 = kt::reversed(kt::from_hex(
         "b1085bda1ecadae9ebcb2f81c0657c1f2f6a76432e45d016714eb88d7585c4fc"
         "4b7ce09192676901a2422a08a460d31505767436cc744d23dd806559f2a64507"));
-    U512 k{}, c;
-    std::memcpy(c.b, c1.data(), 64);
+    U512 k{};
     GOST_34_11_2012_Key(&k, 0);
-    EXPECT_EQ(hex(k), hex(lps(c)));
+    EXPECT_EQ(hex(k), hex(lps(load<64>(c1, 0))));
     U512 same = k;
     GOST_34_11_2012_Key(&same, 12);  // no thirteenth constant: unchanged
     EXPECT_EQ(hex(same), hex(k));
 
     kt::Rng rng(8);
     for (int t = 0; t < 4; ++t) {
-        U512 key = random_value<64>(rng), m = random_value<64>(rng), h = random_value<64>(rng),
-             n = random_value<64>(rng);
+        U512 key = rnd<64>(rng), m = rnd<64>(rng), h = rnd<64>(rng), n = rnd<64>(rng);
         // E from LPS and the key schedule.
-        U512 s = xor512(key, m), kk = key;
+        U512 s = xorv(key, m), kk = key, e, ek = key;
         for (unsigned char i = 0; i < 12; ++i) {
-            s = lps(s);
             GOST_34_11_2012_Key(&kk, i);
-            s = xor512(s, kk);
+            s = xorv(lps(s), kk);
         }
-        U512 e, ek = key;
         GOST_34_11_2012_E(&e, &ek, &m);
         EXPECT_EQ(hex(e), hex(s));
         EXPECT_EQ(hex(ek), hex(kk));
         // g_N(h, m) = E(LPS(h ^ N), m) ^ h ^ m.
-        U512 k0 = lps(xor512(h, n)), t0;
+        U512 k0 = lps(xorv(h, n)), t0, g = h;
         GOST_34_11_2012_E(&t0, &k0, &m);
-        U512 g = h;
         GOST_34_11_2012_G(&n, &g, &m);
-        EXPECT_EQ(hex(g), hex(xor512(xor512(t0, h), m)));
+        EXPECT_EQ(hex(g), hex(xorv(xorv(t0, h), m)));
     }
 }
 
@@ -329,26 +267,18 @@ TEST(Gost2012Blocks, KeyEAndG) {
 U512 hash2012_ref(const Bytes& m, bool is256) {
     U512 h, n{}, sigma{}, zero{};
     std::memset(h.b, is256 ? 1 : 0, 64);
-    size_t pos = 0;
-    auto add_n = [&](unsigned bits) {
+    auto absorb = [&](U512 blk, unsigned bits) {
         U512 v{};
         std::memcpy(v.b, &bits, 4);
-        GOST_34_11_2012_sum_mod_2_512(&n, &n, &v);
-    };
-    for (; pos + 64 <= m.size(); pos += 64) {
-        U512 blk;
-        std::memcpy(blk.b, m.data() + pos, 64);
         GOST_34_11_2012_G(&n, &h, &blk);
         GOST_34_11_2012_sum_mod_2_512(&sigma, &sigma, &blk);
-        add_n(512);
-    }
-    U512 last{};
-    size_t t = m.size() - pos;
-    std::memcpy(last.b, m.data() + pos, t);
-    last.b[t] = 0x01;
-    GOST_34_11_2012_G(&n, &h, &last);
-    GOST_34_11_2012_sum_mod_2_512(&sigma, &sigma, &last);
-    add_n(static_cast<unsigned>(8 * t));
+        GOST_34_11_2012_sum_mod_2_512(&n, &n, &v);
+    };
+    size_t pos = 0;
+    for (; pos + 64 <= m.size(); pos += 64) absorb(load<64>(m, pos), 512);
+    U512 last = load<64>(m, pos, m.size() - pos);
+    last.b[m.size() - pos] = 0x01;
+    absorb(last, static_cast<unsigned>(8 * (m.size() - pos)));
     GOST_34_11_2012_G(&zero, &h, &n);
     GOST_34_11_2012_G(&zero, &h, &sigma);
     return h;
@@ -358,15 +288,12 @@ TEST(Gost2012Blocks, HashFromPieces) {
     kt::Rng rng(9);
     for (size_t len : {0, 1, 63, 64, 65, 128, 200}) {
         Bytes m = rng.bytes(len);
-        U512 r512 = hash2012_ref(m, false), r256 = hash2012_ref(m, true), o512;
+        U512 r256 = hash2012_ref(m, true), o512;
         U256 o256;
         GOST_34_11_2012_hash_512_bit(m.data(), static_cast<unsigned>(len), &o512);
         GOST_34_11_2012_hash_256_bit(m.data(), static_cast<unsigned>(len), &o256);
-        EXPECT_EQ(hex(o512), hex(r512)) << len;
+        EXPECT_EQ(hex(o512), hex(hash2012_ref(m, false))) << len;
         EXPECT_EQ(hex(o256), kt::to_hex(r256.b + 32, 32)) << len;  // the upper half
-        // Different starting vectors: the 256-bit result is not a cut of the 512-bit one.
-        EXPECT_NE(hex(o256), kt::to_hex(o512.b + 32, 32));
-        EXPECT_NE(hex(o256), kt::to_hex(o512.b, 32));
     }
 }
 
