@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <string>
 
 #include "GOST_28147_89.h"
@@ -23,17 +22,18 @@ struct Case {
     unsigned iterations, mac_iterations;
     // Salts and counts as the library writes them (one salt, 1024 twice).
     bool library_shape() const { return mac_salt == salt && iterations == 1024 && mac_iterations == 1024; }
-    unsigned char pw_len() const { return static_cast<unsigned char>(password.size()); }
+    unsigned char* pw() { return password.data(); }
+    unsigned char n() const { return static_cast<unsigned char>(password.size()); }
 };
 
 std::vector<Case> cases() {
     std::vector<Case> out;
-    for (auto& r : kt::load_records("pkcs12/pkcs12.txt"))
-        out.push_back({r.at("name"), kt::from_hex(r.at("key")), kt::from_hex(r.at("aux")),
-                       kt::from_hex(r.at("password")), kt::from_hex(r.at("salt")), kt::from_hex(r.at("iv")),
-                       kt::from_hex(r.at("mac_salt")), kt::from_hex(r.at("container")),
-                       static_cast<unsigned>(std::stoul(r.at("iterations"))),
+    for (auto& r : kt::load_records("pkcs12/pkcs12.txt")) {
+        auto h = [&](const char* f) { return kt::from_hex(r.at(f)); };
+        out.push_back({r.at("name"), h("key"), h("aux"), h("password"), h("salt"), h("iv"), h("mac_salt"),
+                       h("container"), static_cast<unsigned>(std::stoul(r.at("iterations"))),
                        static_cast<unsigned>(std::stoul(r.at("mac_iterations")))});
+    }
     return out;
 }
 
@@ -41,55 +41,40 @@ Bytes create(Case c) {
     Bytes out(PKCS12_CONTEINER_SIZE, 0xEE);
     type_uN<32> key;
     std::copy(c.key.begin(), c.key.end(), key.b);
-    EXPECT_EQ(0, pkcs12_create_conteiner(out.data(), 0, &key, c.aux.data(), c.password.data(), c.pw_len(),
-                                         c.salt.data(), c.iv.data()));
+    EXPECT_EQ(0, pkcs12_create_conteiner(out.data(), 0, &key, c.aux.data(), c.pw(), c.n(), c.salt.data(),
+                                         c.iv.data()));
     return out;
 }
 
-unsigned char open(Bytes& container, const Bytes& password, Bytes* key, Bytes* aux) {
-    Bytes pw = password;
+unsigned char open(Bytes& container, Bytes password, Bytes* key, Bytes* aux) {
     return pkcs12_open_conteiner(key ? reinterpret_cast<type_uN<32>*>(key->data()) : nullptr,
-                                 aux ? aux->data() : nullptr, pw.data(), static_cast<unsigned char>(pw.size()),
-                                 container.data());
+                                 aux ? aux->data() : nullptr, password.data(),
+                                 static_cast<unsigned char>(password.size()), container.data());
 }
 
 Bytes str(const char* s) { return Bytes(s, s + std::char_traits<char>::length(s)); }
 
-// Recomputes the MAC of a container whose MacData salt and count are the
-// PBKDF2 ones, as a container the library wrote; used to forge containers
-// whose content is damaged but whose MAC is right.
-void reseal(Bytes& c, const Bytes& password, const Bytes& plain) {
-    type_uN<32> k;
-    Bytes pw = password;
-    pkcs5_PBKDF2(pw.data(), static_cast<unsigned char>(pw.size()), c.data() + 92, 1024, &k);
-    Bytes enc = plain;
-    type_u64 iv;
-    std::memcpy(&iv, c.data() + 133, 8);
-    GOST_28147_89_ZR_CTR(enc.data(), 152, &k, &iv, 2);
-    std::copy(enc.begin(), enc.end(), c.begin() + 153);
-    GOST_34_11_94_HMAC(c.data() + 23, 282, k.b, 32, reinterpret_cast<type_uN<32>*>(c.data() + 330));
+bool same(const Bytes& a, const Bytes& b, size_t from, size_t to) {
+    return std::equal(a.begin() + from, a.begin() + to, b.begin() + from);
 }
 
-Bytes plaintext(const Bytes& c, const Bytes& password) {
+// Toggles the content of a container whose MacData salt and count are the
+// PBKDF2 ones (counter mode is its own inverse); with mac, recomputes the MAC,
+// forging a container whose content is damaged but whose MAC is right.
+void crypt(Case& c, Bytes& box, bool mac) {
     type_uN<32> k;
-    Bytes pw = password;
-    pkcs5_PBKDF2(pw.data(), static_cast<unsigned char>(pw.size()), const_cast<unsigned char*>(c.data()) + 92, 1024,
-                 &k);
-    Bytes plain(c.begin() + 153, c.begin() + 305);
+    pkcs5_PBKDF2(c.pw(), c.n(), box.data() + 92, 1024, &k);
     type_u64 iv;
-    std::memcpy(&iv, c.data() + 133, 8);
-    GOST_28147_89_ZR_CTR(plain.data(), 152, &k, &iv, 2);
-    return plain;
+    std::copy(box.begin() + 133, box.begin() + 141, reinterpret_cast<unsigned char*>(&iv));
+    GOST_28147_89_ZR_CTR(box.data() + 153, 152, &k, &iv, 2);
+    if (mac) GOST_34_11_94_HMAC(box.data() + 23, 282, k.b, 32, reinterpret_cast<type_uN<32>*>(box.data() + 330));
 }
 
 // The peer layout pins every octet: 30 82 71 at 0, 02 02 88 00 at 96 and
 // 368, the salt at 92 and 364, the IV at 133, the padding of five 05.
 TEST(Pkcs12Container, CreateMatchesLayoutBuiltByPeer) {
-    for (auto& c : cases()) {
-        if (!c.library_shape()) continue;
-        SCOPED_TRACE(c.name);
-        EXPECT_EQ(kt::to_hex(c.container), kt::to_hex(create(c)));
-    }
+    for (auto& c : cases())
+        if (c.library_shape()) EXPECT_EQ(kt::to_hex(c.container), kt::to_hex(create(c))) << c.name;
 }
 
 // The own_mac_parameters container tells the PBKDF2-params salt and count
@@ -97,19 +82,18 @@ TEST(Pkcs12Container, CreateMatchesLayoutBuiltByPeer) {
 TEST(Pkcs12Container, OpenReturnsKeyAndAuxAndLeavesContainer) {
     for (auto& c : cases()) {
         SCOPED_TRACE(c.name);
-        Bytes box = c.container, key(32), aux(40);
+        Bytes box = c.container, key(32), aux(40), key2(32), aux2(40);
         EXPECT_EQ(0, open(box, c.password, &key, &aux));
-        EXPECT_EQ(c.key, key);
-        EXPECT_EQ(c.aux, aux);
         // Either output may be null.
-        Bytes key2(32), aux2(40);
         EXPECT_EQ(0, open(box, c.password, &key2, nullptr));
         EXPECT_EQ(0, open(box, c.password, nullptr, &aux2));
         EXPECT_EQ(0, open(box, c.password, nullptr, nullptr));
+        EXPECT_EQ(c.key, key);
+        EXPECT_EQ(c.aux, aux);
         EXPECT_EQ(c.key, key2);
         EXPECT_EQ(c.aux, aux2);
         EXPECT_EQ(c.container, box);
-        EXPECT_EQ(0, pkcs12_conteiner_check_MAC(c.password.data(), c.pw_len(), box.data()));
+        EXPECT_EQ(0, pkcs12_conteiner_check_MAC(c.pw(), c.n(), box.data()));
         unsigned char salt[4] = {};
         unsigned short iterations = 0;
         pkcs12_get_pbkdf2_par(salt, &iterations, box.data());
@@ -138,109 +122,83 @@ TEST(Pkcs12Container, WrongPasswordOrDamageGives2AndChangesNothing) {
     // Any octet of the MAC'd region 23..304, and the stored MAC itself.
     Case c = cases()[0];
     for (unsigned off : {23u, 92u, 133u, 153u, 200u, 304u, 361u}) {
-        SCOPED_TRACE(off);
         Bytes box = c.container, key(32, 0xA5);
         box[off] ^= 0x01;
-        EXPECT_EQ(2, open(box, c.password, &key, nullptr));
-        EXPECT_EQ(Bytes(32, 0xA5), key);
+        EXPECT_EQ(2, open(box, c.password, &key, nullptr)) << off;
+        EXPECT_EQ(Bytes(32, 0xA5), key) << off;
     }
 }
 
-TEST(Pkcs12Container, CloseStoresNewAuxKeepsKey) {
+// Close rewrites only the content and the MAC value; change-password keeps
+// salts, counts and IV (checked against the own_mac_parameters container).
+TEST(Pkcs12Container, CloseAndChangePassword) {
     for (auto& c : cases()) {
         SCOPED_TRACE(c.name);
-        Bytes box = c.container, aux = kt::Rng(7).bytes(40);
-        EXPECT_EQ(0, pkcs12_close_conteiner(aux.data(), c.password.data(), c.pw_len(), box.data()));
-        Bytes key(32), got(40);
+        Bytes box = c.container, aux = kt::Rng(7).bytes(40), key(32), got(40), q = str("new secret");
+        EXPECT_EQ(0, pkcs12_close_conteiner(aux.data(), c.pw(), c.n(), box.data()));
         EXPECT_EQ(0, open(box, c.password, &key, &got));
         EXPECT_EQ(c.key, key);
         EXPECT_EQ(aux, got);
-        // Only the content and the MAC value changed.
-        EXPECT_TRUE(std::equal(box.begin(), box.begin() + 153, c.container.begin()));
-        EXPECT_TRUE(std::equal(box.begin() + 305, box.begin() + 330, c.container.begin() + 305));
-        EXPECT_TRUE(std::equal(box.begin() + 362, box.end(), c.container.begin() + 362));
-        // Closing with the original block gives the original container back.
-        EXPECT_EQ(0, pkcs12_close_conteiner(c.aux.data(), c.password.data(), c.pw_len(), box.data()));
+        EXPECT_TRUE(same(box, c.container, 0, 153) && same(box, c.container, 305, 330) &&
+                    same(box, c.container, 362, box.size()));
+        EXPECT_EQ(0, pkcs12_close_conteiner(c.aux.data(), c.pw(), c.n(), box.data()));
         EXPECT_EQ(c.container, box);
-    }
-}
 
-TEST(Pkcs12Container, ChangePassword) {
-    for (auto& c : cases()) {
-        SCOPED_TRACE(c.name);
-        Bytes box = c.container, q = str("new secret");
-        EXPECT_EQ(0, pkcs12_conteiner_change_pass(c.password.data(), c.pw_len(), q.data(),
-                                                  static_cast<unsigned char>(q.size()), box.data()));
-        Bytes key(32), aux(40);
-        EXPECT_EQ(0, open(box, q, &key, &aux));
+        EXPECT_EQ(0, pkcs12_conteiner_change_pass(c.pw(), c.n(), q.data(), static_cast<unsigned char>(q.size()),
+                                                  box.data()));
+        EXPECT_EQ(0, open(box, q, &key, &got));
         EXPECT_EQ(c.key, key);
-        EXPECT_EQ(c.aux, aux);
+        EXPECT_EQ(c.aux, got);
         EXPECT_EQ(2, open(box, c.password, nullptr, nullptr));
-        // Salts, counts and IV are kept.
-        EXPECT_TRUE(std::equal(box.begin(), box.begin() + 153, c.container.begin()));
-        EXPECT_TRUE(std::equal(box.begin() + 362, box.end(), c.container.begin() + 362));
-        if (c.library_shape()) {
-            Case n = c;
-            n.password = q;
-            EXPECT_EQ(create(n), box);
-        }
+        EXPECT_TRUE(same(box, c.container, 0, 153) && same(box, c.container, 362, box.size()));
+        Case n = c;
+        n.password = q;
+        if (c.library_shape()) EXPECT_EQ(create(n), box);
     }
-}
-
-TEST(Pkcs12Container, DamagedContentBehindValidMacGives3) {
-    Case c = cases()[0];
-    for (unsigned field : {52u, 105u}) {
-        SCOPED_TRACE(field);
-        Bytes box = c.container;
-        Bytes plain = plaintext(box, c.password);
-        plain[field] = 0x05;  // not 02, 04, 06 or 30
-        reseal(box, c.password, plain);
-        Bytes forged = box, key(32, 0xA5), aux(40, 0x5A);
-        EXPECT_EQ(3, open(box, c.password, &key, &aux));
-        EXPECT_EQ(Bytes(32, 0xA5), key);  // nothing written, not even the key
-        EXPECT_EQ(Bytes(40, 0x5A), aux);
-        EXPECT_EQ(forged, box);
-        if (field == 105) {
-            EXPECT_EQ(3, pkcs12_close_conteiner(aux.data(), c.password.data(),
-                                                static_cast<unsigned char>(c.password.size()), box.data()));
-            EXPECT_EQ(forged, box);
-        }
-    }
-}
-
-TEST(Pkcs12Container, MacValueTagErrorLeavesNewContentUnderOldMac) {
-    // The MAC value element is outside the MAC'd region: close checks the MAC,
-    // writes the content back and only then meets the bad tag.
-    Case c = cases()[0];
-    Bytes box = c.container, aux(40, 0x77);
-    box[328] = 0x05;
-    EXPECT_EQ(0, open(box, c.password, nullptr, nullptr));
-    EXPECT_EQ(5, pkcs12_close_conteiner(aux.data(), c.password.data(),
-                                        static_cast<unsigned char>(c.password.size()), box.data()));
-    EXPECT_NE(Bytes(c.container.begin() + 153, c.container.begin() + 305), Bytes(box.begin() + 153, box.begin() + 305));
-    EXPECT_TRUE(std::equal(box.begin() + 330, box.begin() + 362, c.container.begin() + 330));
-    EXPECT_EQ(2, open(box, c.password, nullptr, nullptr));
-}
-
-TEST(Pkcs12Container, MacDataTagErrorsGive5) {
-    Case c = cases()[0];
-    for (unsigned off : {362u, 368u}) {
-        Bytes box = c.container, key(32, 0xA5);
-        box[off] = 0x31;
-        EXPECT_EQ(5, open(box, c.password, &key, nullptr));
-        EXPECT_EQ(Bytes(32, 0xA5), key);
-        EXPECT_EQ(5, pkcs12_conteiner_check_MAC(c.password.data(), static_cast<unsigned char>(c.password.size()),
-                                                box.data()));
-    }
-}
-
-TEST(Pkcs12Container, LongPasswordRoundTrip) {
     Case c = cases()[0];
     c.password = Bytes(255, 'p');
     Bytes box = create(c), key(32), aux(40);
     EXPECT_EQ(0, open(box, c.password, &key, &aux));
     EXPECT_EQ(c.key, key);
     EXPECT_EQ(2, open(box, Bytes(254, 'p'), &key, &aux));
+}
+
+TEST(Pkcs12Container, DamagedContentBehindValidMacGives3) {
+    Case c = cases()[0];
+    for (unsigned field : {52u, 105u}) {
+        SCOPED_TRACE(field);
+        Bytes box = c.container, key(32, 0xA5), aux(40, 0x5A);
+        crypt(c, box, false);
+        box[153 + field] = 0x05;  // not 02, 04, 06 or 30
+        crypt(c, box, true);
+        Bytes forged = box;
+        EXPECT_EQ(3, open(box, c.password, &key, &aux));
+        EXPECT_EQ(Bytes(32, 0xA5), key);  // nothing written, not even the key
+        EXPECT_EQ(Bytes(40, 0x5A), aux);
+        if (field == 105) EXPECT_EQ(3, pkcs12_close_conteiner(aux.data(), c.pw(), c.n(), box.data()));
+        EXPECT_EQ(forged, box);
+    }
+}
+
+TEST(Pkcs12Container, MacElementTagErrors) {
+    // The MAC value element is outside the MAC'd region: close checks the MAC,
+    // writes the content back and only then meets the bad tag.
+    Case c = cases()[0];
+    Bytes box = c.container, aux(40, 0x77);
+    box[328] = 0x05;
+    EXPECT_EQ(0, open(box, c.password, nullptr, nullptr));
+    EXPECT_EQ(5, pkcs12_close_conteiner(aux.data(), c.pw(), c.n(), box.data()));
+    EXPECT_FALSE(same(box, c.container, 153, 305));
+    EXPECT_TRUE(same(box, c.container, 330, 362));
+    EXPECT_EQ(2, open(box, c.password, nullptr, nullptr));
+    // MacData tags give 5 before anything is written.
+    for (unsigned off : {362u, 368u}) {
+        Bytes box = c.container, key(32, 0xA5);
+        box[off] = 0x31;
+        EXPECT_EQ(5, open(box, c.password, &key, nullptr));
+        EXPECT_EQ(Bytes(32, 0xA5), key);
+        EXPECT_EQ(5, pkcs12_conteiner_check_MAC(c.pw(), c.n(), box.data()));
+    }
 }
 
 }  // namespace
