@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "CryptoPro.h"
 #include "common/test_util.h"
 
 namespace cpt {
@@ -14,15 +15,16 @@ using kt::Bytes;
 
 struct Container {
     std::string name;
-    Bytes password, primary, masks, key, other, mask_block;
+    Bytes password, primary, masks, key, other, mask_block, kek;
 };
 
 inline std::vector<Container> containers() {
     std::vector<Container> out;
-    for (auto& r : kt::load_records("cryptopro/cryptopro.txt"))
-        out.push_back({r.at("name"), kt::from_hex(r.at("password")), kt::from_hex(r.at("primary")),
-                       kt::from_hex(r.at("masks")), kt::from_hex(r.at("key")), kt::from_hex(r.at("other")),
-                       kt::from_hex(r.at("mask_block"))});
+    for (auto& r : kt::load_records("cryptopro/cryptopro.txt")) {
+        auto h = [&](const char* f) { return kt::from_hex(r.at(f)); };
+        out.push_back({r.at("name"), h("password"), h("primary"), h("masks"), h("key"), h("other"),
+                       h("mask_block"), h("kek")});
+    }
     return out;
 }
 
@@ -33,29 +35,26 @@ inline Container container(const std::string& name) {
 }
 
 inline Bytes certificate(const std::string& name) { return kt::load_file("cryptopro/" + name + ".der"); }
+inline Bytes str(const char* s) { return Bytes(s, s + std::char_traits<char>::length(s)); }
+inline unsigned char len(const Bytes& b) { return static_cast<unsigned char>(b.size()); }
+inline type_uN<32>* k32(Bytes* b) { return b ? reinterpret_cast<type_uN<32>*>(b->data()) : nullptr; }
 
-// A header file: 30 { 30 { elements } }, each given whole.
-inline Bytes tlv(unsigned char tag, const Bytes& content) {
-    Bytes out{tag};
-    size_t n = content.size();
-    if (n < 128) {
-        out.push_back(static_cast<unsigned char>(n));
-    } else if (n < 256) {
-        out.push_back(0x81);
-        out.push_back(static_cast<unsigned char>(n));
-    } else {
-        out.push_back(0x82);
-        out.push_back(static_cast<unsigned char>(n >> 8));
-        out.push_back(static_cast<unsigned char>(n));
-    }
-    out.insert(out.end(), content.begin(), content.end());
-    return out;
+inline unsigned char update(Container& c) {
+    return CryptoPro_conteiner_update(c.primary.data(), c.masks.data(), c.password.data(), len(c.password));
 }
 
 inline Bytes cat(std::initializer_list<Bytes> parts) {
     Bytes out;
     for (auto& p : parts) out.insert(out.end(), p.begin(), p.end());
     return out;
+}
+
+// A header file: 30 { 30 { elements } }, each given whole.
+inline Bytes tlv(unsigned char tag, const Bytes& content) {
+    auto n = static_cast<unsigned char>(content.size());
+    size_t size = content.size();
+    if (size < 128) return cat({{tag, n}, content});
+    return cat({size < 256 ? Bytes{tag, 0x81, n} : Bytes{tag, 0x82, uint8_t(size >> 8), n}, content});
 }
 
 }  // namespace cpt
