@@ -2,6 +2,8 @@
 // element access by offset, the writers, and the header and algorithm checks.
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include "common/test_util.h"
 #include "pkcs12.h"
 
@@ -92,10 +94,9 @@ TEST(Pkcs12Checks, HeaderStopsAtAlgorithmAndRejectsEveryCheckedOctet) {
     EXPECT_EQ(0, pkcs12_check_header(&p));
     EXPECT_EQ(good.data() + 60, p);
     // Tags, the two versions and the three contentType OIDs.
-    std::vector<unsigned> checked = {0, 3, 4, 5, 6, 20, 23, 26, 40, 43, 44, 45, 46};
-    for (unsigned from : {9u, 29u, 49u})
-        for (unsigned i = from; i < from + 11; ++i) checked.push_back(i);
-    for (unsigned off : checked) {
+    for (unsigned off = 0; off < 60; ++off) {
+        bool oid = (off >= 9 && off < 20) || (off >= 29 && off < 40) || off >= 49;
+        if (!oid && !std::set<unsigned>{0, 3, 4, 5, 6, 20, 23, 26, 40, 43, 44, 45, 46}.count(off)) continue;
         Bytes c = good;
         c[off] ^= 0x40;
         p = c.data();
@@ -106,22 +107,13 @@ TEST(Pkcs12Checks, HeaderStopsAtAlgorithmAndRejectsEveryCheckedOctet) {
 
 TEST(Pkcs12Checks, AlgorithmCodes) {
     struct { unsigned offset; unsigned char value, code; } table[] = {
-        {0, 0, 0},       // unchanged
-        {109, 0x0B, 4},  // last octet of 1.2.643.2.2.10
-        {100, 0x31, 5},  // prf SEQUENCE tag
-        {60, 0x31, 5},   // AlgorithmIdentifier tag
-        {62, 0x04, 5},   // PBES2 OID tag
-        {63, 0x08, 4},   // PBES2 OID length
-        {72, 0x0E, 4},   // PBES2 -> 1.2.840.113549.1.5.14
-        {87, 0x0D, 4},   // PBKDF2 -> PBES2
-        {90, 0x05, 5},   // salt tag
-        {96, 0x04, 5},   // count tag
-        {102, 0x04, 5},  // prf OID tag
-        {118, 0x01, 4},  // hash parameters 30.0 -> 30.1
-        {128, 0x16, 4},  // GOST 28147-89 OID
-        {131, 0x02, 5},  // IV tag
-        {141, 0x04, 5},  // parameter-set OID tag
-        {149, 0x01, 4},  // 31.0 -> 31.1
+        {0, 0, 0},  // unchanged
+        // Wrong length or content: PBES2 OID length, PBES2 -> 1.2.840.113549.1.5.14, PBKDF2 -> PBES2, last octet
+        // of 1.2.643.2.2.10, hash parameters 30.0 -> 30.1, GOST 28147-89 OID, 31.0 -> 31.1.
+        {63, 0x08, 4}, {72, 0x0E, 4}, {87, 0x0D, 4}, {109, 0x0B, 4}, {118, 0x01, 4}, {128, 0x16, 4}, {149, 0x01, 4},
+        // Wrong tag: AlgorithmIdentifier, PBES2 OID, salt, count, prf SEQUENCE, prf OID, IV, parameter-set OID.
+        {60, 0x31, 5}, {62, 0x04, 5}, {90, 0x05, 5}, {96, 0x04, 5}, {100, 0x31, 5}, {102, 0x04, 5}, {131, 0x02, 5},
+        {141, 0x04, 5},
         // SEQUENCE lengths are stepped over, never compared.
         {61, 0x10, 0}, {74, 0x00, 0}, {101, 0x7F, 0},
     };
