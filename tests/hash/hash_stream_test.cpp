@@ -16,72 +16,62 @@ using kt::Bytes;
 template <unsigned N>
 std::string hex(const type_uN<N>& v) { return kt::to_hex(v.b, N); }
 
-// Fixed cuts around the block sizes, then random ones with many tiny pieces;
-// the last piece takes the rest.
-std::vector<std::pair<Bytes, std::vector<size_t>>> cases(kt::Rng& rng) {
-    std::vector<std::pair<Bytes, std::vector<size_t>>> out = {
-        {rng.bytes(200), {1, 31, 32, 33}}, {rng.bytes(300), {1, 63, 64, 65}}, {rng.bytes(7), {0, 0, 7}},
-        {rng.bytes(32), {32}}, {rng.bytes(64), {64}}, {rng.bytes(33), {33}}, {{}, {}}};
+// Writes m in pieces of the given sizes (the last piece takes the rest) to
+// 34.11-94 records with a zero and a set start, and to 2012-256 and -512
+// records, and checks each against its one-shot hash.
+void check_stream(Bytes m, const std::vector<size_t>& cuts) {
+    const unsigned len = static_cast<unsigned>(m.size());
+    SCOPED_TRACE(len);
+    type_uN<32> start, one[3], got[3];
+    type_uN<64> one512, got512, h;
+    for (int i = 0; i < 32; ++i) start.b[i] = static_cast<unsigned char>(i * 7 + 1);
+    stream_hash_t s94[2];
+    stream_hash_2012_t s256, s512;
+    GOST_34_11_94_hash_init(nullptr, &s94[0]);
+    GOST_34_11_94_hash_init(&start, &s94[1]);
+    GOST_34_11_2012_hash_256_init(&s256);
+    GOST_34_11_2012_hash_512_init(&s512);
+    size_t pos = 0;
+    for (size_t i = 0; i <= cuts.size(); ++i) {
+        unsigned n = static_cast<unsigned>(i < cuts.size() ? cuts[i] : m.size() - pos);
+        if (pos + n > m.size()) n = static_cast<unsigned>(m.size() - pos);
+        for (auto& s : s94) GOST_34_11_94_hash_write(m.data() + pos, n, &s);
+        GOST_34_11_2012_hash_write(m.data() + pos, n, &s256);
+        GOST_34_11_2012_hash_write(m.data() + pos, n, &s512);
+        pos += n;
+    }
+    GOST_34_11_94_hash(m.data(), len, nullptr, &one[0]);
+    GOST_34_11_94_hash(m.data(), len, &start, &one[1]);
+    GOST_34_11_2012_hash_256_bit(m.data(), len, &one[2]);
+    GOST_34_11_2012_hash_512_bit(m.data(), len, &one512);
+    GOST_34_11_94_hash_end(&got[0], &s94[0]);
+    GOST_34_11_94_hash_end(&got[1], &s94[1]);
+    GOST_34_11_2012_hash_256_end(&got[2], &s256);
+    GOST_34_11_2012_hash_512_end(&got512, &s512);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(hex(got[i]), hex(one[i])) << i;
+    EXPECT_EQ(hex(got512), hex(one512));
+    // base() from a caller-set h is the one-shot hash.
+    std::memset(h.b, 0, 64);
+    GOST_34_11_2012_base(m.data(), len, &h);
+    EXPECT_EQ(hex(h), hex(one512));
+    std::memset(h.b, 1, 64);
+    GOST_34_11_2012_base(m.data(), len, &h);
+    EXPECT_EQ(kt::to_hex(h.b + 32, 32), hex(one[2]));
+}
+
+TEST(HashStream, EqualsOneShot) {
+    kt::Rng rng(94);
+    // Cuts around the block sizes, then random ones with many tiny pieces.
+    check_stream(rng.bytes(200), {1, 31, 32, 33});
+    check_stream(rng.bytes(300), {1, 63, 64, 65});
+    check_stream(rng.bytes(7), {0, 0, 7});
+    for (size_t n : {0, 32, 33, 64}) check_stream(rng.bytes(n), {n});
     for (int t = 0; t < 40; ++t) {
         Bytes m = rng.bytes(rng.below(900));
         std::vector<size_t> cuts;
         for (size_t pos = 0; pos < m.size(); pos += cuts.back())
             cuts.push_back(rng.below(3) == 0 ? rng.below(4) : rng.below(150));
-        out.push_back({m, cuts});
-    }
-    return out;
-}
-
-template <class Write>
-void feed(Bytes& m, const std::vector<size_t>& cuts, Write write) {
-    size_t pos = 0;
-    for (size_t c : cuts) {
-        if (pos + c > m.size()) break;
-        write(m.data() + pos, static_cast<unsigned>(c));
-        pos += c;
-    }
-    write(m.data() + pos, static_cast<unsigned>(m.size() - pos));
-}
-
-TEST(HashStream, EqualsOneShot) {
-    kt::Rng rng(94);
-    type_uN<32> start;
-    for (int i = 0; i < 32; ++i) start.b[i] = static_cast<unsigned char>(i * 7 + 1);
-    for (auto& c : cases(rng)) {
-        Bytes& m = c.first;
-        const unsigned len = static_cast<unsigned>(m.size());
-        SCOPED_TRACE(len);
-        for (type_uN<32>* sv : {static_cast<type_uN<32>*>(nullptr), &start}) {
-            type_uN<32> one, got;
-            GOST_34_11_94_hash(m.data(), len, sv, &one);
-            stream_hash_t st;
-            GOST_34_11_94_hash_init(sv, &st);
-            feed(m, c.second, [&](unsigned char* p, unsigned n) { GOST_34_11_94_hash_write(p, n, &st); });
-            GOST_34_11_94_hash_end(&got, &st);
-            EXPECT_EQ(hex(got), hex(one));
-        }
-        type_uN<32> one256, st256;
-        type_uN<64> one512, st512, h;
-        GOST_34_11_2012_hash_256_bit(m.data(), len, &one256);
-        GOST_34_11_2012_hash_512_bit(m.data(), len, &one512);
-        stream_hash_2012_t a, b;
-        GOST_34_11_2012_hash_256_init(&a);
-        GOST_34_11_2012_hash_512_init(&b);
-        feed(m, c.second, [&](unsigned char* p, unsigned n) {
-            GOST_34_11_2012_hash_write(p, n, &a);
-            GOST_34_11_2012_hash_write(p, n, &b);
-        });
-        GOST_34_11_2012_hash_256_end(&st256, &a);
-        GOST_34_11_2012_hash_512_end(&st512, &b);
-        EXPECT_EQ(hex(st256), hex(one256));
-        EXPECT_EQ(hex(st512), hex(one512));
-        // base() from a caller-set h is the one-shot hash.
-        std::memset(h.b, 0, 64);
-        GOST_34_11_2012_base(m.data(), len, &h);
-        EXPECT_EQ(hex(h), hex(one512));
-        std::memset(h.b, 1, 64);
-        GOST_34_11_2012_base(m.data(), len, &h);
-        EXPECT_EQ(kt::to_hex(h.b + 32, 32), hex(one256));
+        check_stream(m, cuts);
     }
 }
 

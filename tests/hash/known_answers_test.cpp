@@ -15,43 +15,34 @@ namespace {
 
 using kt::Bytes;
 
-template <unsigned N, class F>
-Bytes run(F f) {
-    type_uN<N> o;
-    f(&o);
-    return Bytes(o.b, o.b + N);
-}
+template <unsigned N>
+Bytes bytes(const type_uN<N>& v) { return Bytes(v.b, v.b + N); }
 
+// A hash or an HMAC of the given width over m (with key k).
+template <unsigned N>
+Bytes hash(void (*f)(unsigned char*, unsigned, type_uN<N>*), Bytes m) {
+    type_uN<N> o;
+    f(m.data(), static_cast<unsigned>(m.size()), &o);
+    return bytes(o);
+}
+template <unsigned N>
+Bytes mac(void (*f)(unsigned char*, unsigned, unsigned char*, unsigned char, type_uN<N>*), Bytes d, Bytes k) {
+    type_uN<N> o;
+    f(d.data(), static_cast<unsigned>(d.size()), k.data(), static_cast<unsigned char>(k.size()), &o);
+    return bytes(o);
+}
 Bytes h94(Bytes m) {
-    return run<32>([&](type_uN<32>* o) { GOST_34_11_94_hash(m.data(), static_cast<unsigned>(m.size()), nullptr, o); });
+    return hash<32>([](unsigned char* p, unsigned n, type_uN<32>* o) { GOST_34_11_94_hash(p, n, nullptr, o); }, m);
 }
-Bytes h256(Bytes m) {
-    return run<32>([&](type_uN<32>* o) { GOST_34_11_2012_hash_256_bit(m.data(), static_cast<unsigned>(m.size()), o); });
-}
-Bytes h512(Bytes m) {
-    return run<64>([&](type_uN<64>* o) { GOST_34_11_2012_hash_512_bit(m.data(), static_cast<unsigned>(m.size()), o); });
-}
-Bytes hmac94(Bytes d, Bytes k) {
-    return run<32>([&](type_uN<32>* o) {
-        GOST_34_11_94_HMAC(d.data(), static_cast<unsigned>(d.size()), k.data(), static_cast<unsigned char>(k.size()), o);
-    });
-}
-Bytes hmac256(Bytes d, Bytes k) {
-    return run<32>([&](type_uN<32>* o) {
-        GOST_34_11_2012_HMAC_256_bit(d.data(), static_cast<unsigned>(d.size()), k.data(),
-                                     static_cast<unsigned char>(k.size()), o);
-    });
-}
-Bytes hmac512(Bytes d, Bytes k) {
-    return run<64>([&](type_uN<64>* o) {
-        GOST_34_11_2012_HMAC_512_bit(d.data(), static_cast<unsigned>(d.size()), k.data(),
-                                     static_cast<unsigned char>(k.size()), o);
-    });
-}
+Bytes h256(Bytes m) { return hash(GOST_34_11_2012_hash_256_bit, m); }
+Bytes h512(Bytes m) { return hash(GOST_34_11_2012_hash_512_bit, m); }
+Bytes hmac94(Bytes d, Bytes k) { return mac(GOST_34_11_94_HMAC, d, k); }
+Bytes hmac256(Bytes d, Bytes k) { return mac(GOST_34_11_2012_HMAC_256_bit, d, k); }
+Bytes hmac512(Bytes d, Bytes k) { return mac(GOST_34_11_2012_HMAC_512_bit, d, k); }
 Bytes pbkdf2(bool is2012, Bytes p, Bytes s, unsigned short it) {
-    return run<32>([&](type_uN<32>* o) {
-        (is2012 ? pkcs5_PBKDF2_2012 : pkcs5_PBKDF2)(p.data(), static_cast<unsigned char>(p.size()), s.data(), it, o);
-    });
+    type_uN<32> o;
+    (is2012 ? pkcs5_PBKDF2_2012 : pkcs5_PBKDF2)(p.data(), static_cast<unsigned char>(p.size()), s.data(), it, &o);
+    return bytes(o);
 }
 std::string hex(const Bytes& b) { return kt::to_hex(b); }
 std::string hex_be(const std::string& s) { return hex(kt::reversed(kt::from_hex(s))); }
