@@ -27,51 +27,43 @@ unsigned char nopass(Container& c, Bytes pw, Bytes& mb, Bytes* k1 = nullptr, Byt
                                                 pw.data(), len(pw));
 }
 
-TEST(CryptoProGet, ReadsKnownContainers) {
-    struct { const char *container, *cert; bool param_z, expect_other; } table[] = {
-        {"one_key", "cert_d1_A", false, false},       {"two_keys_match_first", "cert_d1_A", false, false},
-        {"empty_password", "cert_d1_A", false, false}, {"two_keys_match_second", "cert_d1_A", false, false},
-        {"twelve_chars", "cert_d1_A", false, false},   {"param_z", "cert_d1_A", true, false},
-        // The masks are taken modulo the CryptoPro-A order whatever the curve.
-        {"one_key", "cert_d1_B", false, false},        {"one_key", "cert_d1_C", false, false},
-        // With two keys either one may be the certificate's.
-        {"two_keys_match_first", "cert_d2_A", false, true}, {"two_keys_match_second", "cert_d2_A", false, true},
-    };
-    for (auto& t : table) {
-        SCOPED_TRACE(std::string(t.container) + " " + t.cert);
-        Container c = container(t.container);
-        Out out;
-        ASSERT_EQ(0, get(c, certificate(t.cert), out, t.param_z));
-        EXPECT_EQ(kt::to_hex(t.expect_other ? c.other : c.key), kt::to_hex(out.key));
-        EXPECT_EQ(kt::to_hex(c.mask_block), kt::to_hex(out.mask_block));
-    }
-}
+// The key output: the container's own, the other one, neither (an unmasked
+// value that is not the key), or not written.
+enum Want { OWN, OTHER, NEITHER, UNTOUCHED };
 
-// Wrong passwords (including the empty one and a full 12 characters) and a
-// foreign certificate; with two keys both are tried. The unmasked value is
-// left in the key (the container's own with the right password); the mask
-// block is not written.
-TEST(CryptoProGet, MismatchGives8LeavingTheWrongKey) {
-    struct { const char *container, *password /* null: the right one */, *cert; } table[] = {
-        {"one_key", "12345679", "cert_d1_A"}, {"one_key", "1234567", "cert_d1_A"},
-        {"one_key", "", "cert_d1_A"},         {"one_key", "123456789012", "cert_d1_A"},
-        {"two_keys_match_first", "qwerty", "cert_d1_A"}, {"one_key", nullptr, "cert_d2_A"},
+TEST(CryptoProGet, ReadsKnownContainersAndMismatches) {
+    struct {
+        const char *container, *cert = "cert_d1_A", *password = nullptr;  // null: the right one
+        bool param_z = false;
+        unsigned char code = 0;
+        Want key = OWN;
+    } table[] = {
+        {"one_key"}, {"two_keys_match_first"}, {"two_keys_match_second"}, {"empty_password"}, {"twelve_chars"},
+        {"param_z", "cert_d1_A", nullptr, true},
+        // The masks are taken modulo the CryptoPro-A order whatever the curve.
+        {"one_key", "cert_d1_B"}, {"one_key", "cert_d1_C"},
+        // With two keys either one may be the certificate's.
+        {"two_keys_match_first", "cert_d2_A", nullptr, false, 0, OTHER},
+        {"two_keys_match_second", "cert_d2_A", nullptr, false, 0, OTHER},
+        // Wrong passwords (the empty one, a full 12 characters; with two keys
+        // both are tried) and a foreign certificate give 8, leaving the
+        // unmasked value in the key and the mask block unwritten.
+        {"one_key", "cert_d1_A", "12345679", false, 8, NEITHER}, {"one_key", "cert_d1_A", "1234567", false, 8, NEITHER},
+        {"one_key", "cert_d1_A", "", false, 8, NEITHER}, {"one_key", "cert_d1_A", "123456789012", false, 8, NEITHER},
+        {"two_keys_match_first", "cert_d1_A", "qwerty", false, 8, NEITHER}, {"one_key", "cert_d2_A", nullptr, false, 8},
+        // Parameter set Z gives another MAC.
+        {"param_z", "cert_d1_A", nullptr, false, 6, UNTOUCHED}, {"one_key", "cert_d1_A", nullptr, true, 6, UNTOUCHED},
     };
     for (auto& t : table) {
-        SCOPED_TRACE(std::string(t.container) + " " + (t.password ? t.password : "-") + " " + t.cert);
+        SCOPED_TRACE(std::string(t.container) + " " + t.cert + " " + (t.password ? t.password : "-"));
         Container c = container(t.container);
         if (t.password) c.password = str(t.password);
         Out out;
-        EXPECT_EQ(8, get(c, certificate(t.cert), out));
-        if (t.password) EXPECT_TRUE(out.key != Bytes(32, 0xA5) && out.key != c.key);
-        else EXPECT_EQ(c.key, out.key);
-        EXPECT_EQ(Bytes(40, 0x5A), out.mask_block);
+        EXPECT_EQ(t.code, get(c, certificate(t.cert), out, t.param_z));
+        if (t.key == NEITHER) EXPECT_TRUE(out.key != Bytes(32, 0xA5) && out.key != c.key);
+        else EXPECT_EQ(t.key == OWN ? c.key : t.key == OTHER ? c.other : Bytes(32, 0xA5), out.key);
+        EXPECT_EQ(t.code ? Bytes(40, 0x5A) : c.mask_block, out.mask_block);
     }
-    // Parameter set Z gives another MAC.
-    Out out;
-    EXPECT_EQ(6, get(container("param_z"), certificate("cert_d1_A"), out, false));
-    EXPECT_EQ(6, get(container("one_key"), certificate("cert_d1_A"), out, true));
-    EXPECT_TRUE(out.untouched());
 }
 
 TEST(CryptoProGet, StructureCodesLeaveOutputsUnchanged) {
