@@ -1,6 +1,6 @@
-// Helpers of the PKCS#15 tests: generator seeding, fixed inputs, and an
-// independent re-computation of the AuthenticatedData digest and HMAC and of
-// the key wraps, done with the exported primitives and a small DER reader.
+// Helpers of the PKCS#15 tests: generator seeding, fixed inputs, a small DER
+// reader and writer, and an outside re-computation of the key wraps and of
+// the AuthenticatedData digest and HMAC with the exported primitives.
 #ifndef KORVEX_TESTS_PKCS15_FIXTURE_H
 #define KORVEX_TESTS_PKCS15_FIXTURE_H
 
@@ -14,8 +14,7 @@
 namespace kt {
 
 inline void seed(uint64_t n = 1) {
-    Rng r(n);
-    Bytes s = r.bytes(40);
+    Bytes s = Rng(n).bytes(40);
     PRNG_init(s.data());
 }
 // Clears the generator state: every draw fails until the next seed.
@@ -26,34 +25,34 @@ inline Bytes wrong_password() { return Bytes{'p', 'a', 's', 's', 'w', 'o', 'r', 
 
 // One DER element inside a buffer (test-side reader, no library code).
 struct Der {
-    size_t at = 0, hl = 0, len = 0;
+    size_t at = 0, hl = 2, len = 0;
     unsigned char tag = 0;
     size_t value() const { return at + hl; }
     size_t end() const { return at + hl + len; }
 };
 inline Der der(const Bytes& b, size_t at) {
     Der d;
-    d.at = at;
-    d.tag = b.at(at);
-    unsigned l = b.at(at + 1);
-    if (l < 0x80) {
-        d.hl = 2;
-        d.len = l;
-    } else {
-        unsigned n = l & 0x7F;
-        d.hl = 2 + n;
-        for (unsigned i = 0; i < n; ++i) d.len = d.len << 8 | b.at(at + 2 + i);
+    d.at = at, d.tag = b.at(at), d.len = b.at(at + 1);
+    if (d.len & 0x80) {
+        d.hl = 2 + (d.len & 0x7F), d.len = 0;
+        for (size_t i = at + 2; i < at + d.hl; ++i) d.len = d.len << 8 | b.at(i);
     }
     return d;
 }
-// Children of an element, in order.
 inline std::vector<Der> children(const Bytes& b, const Der& d) {
     std::vector<Der> out;
-    for (size_t p = d.value(); p < d.end();) {
-        out.push_back(der(b, p));
-        p = out.back().end();
-    }
+    for (size_t p = d.value(); p < d.end(); p = out.back().end()) out.push_back(der(b, p));
     return out;
+}
+// One DER element around the concatenated parts (test-side writer).
+inline Bytes tlv(unsigned char tag, std::initializer_list<Bytes> parts) {
+    Bytes v, e{tag};
+    for (const Bytes& p : parts) v.insert(v.end(), p.begin(), p.end());
+    if (v.size() >= 256) e.insert(e.end(), {0x82, (unsigned char)(v.size() >> 8)});
+    else if (v.size() >= 128) e.push_back(0x81);
+    e.push_back((unsigned char)v.size());
+    e.insert(e.end(), v.begin(), v.end());
+    return e;
 }
 
 inline type_uN<32> key32(const unsigned char* p) {
@@ -67,9 +66,7 @@ inline type_uN<32> key32(const unsigned char* p) {
 inline bool unwrap(const unsigned char* ukm, const unsigned char* enc, const unsigned char* mac, type_uN<32> kek,
                    unsigned char sbox, type_uN<32>& cek) {
     unsigned char w[44];
-    std::memcpy(w, ukm, 8);
-    std::memcpy(w + 8, enc, 32);
-    std::memcpy(w + 40, mac, 4);
+    std::memcpy(w, ukm, 8), std::memcpy(w + 8, enc, 32), std::memcpy(w + 40, mac, 4);
     return !GOST_28147_89_Key_Unwrap(w, 0, &kek, &cek, sbox);
 }
 
@@ -79,13 +76,9 @@ struct Recipient {
     size_t ukm = 0, wrapped = 0, wrap_mac = 0;
 };
 inline Recipient recipient(const Bytes& c, const Der& set) {
-    Recipient r;
     auto kekri = children(c, children(c, set).at(0));
-    r.ukm = children(c, children(c, kekri.at(2)).at(1)).at(1).value();
     auto wrapped = children(c, children(c, kekri.at(3)).at(0));
-    r.wrapped = wrapped.at(0).value();
-    r.wrap_mac = wrapped.at(1).value();
-    return r;
+    return {children(c, children(c, kekri.at(2)).at(1)).at(1).value(), wrapped.at(0).value(), wrapped.at(1).value()};
 }
 
 // Parts of an AuthenticatedData as found by walking it.
@@ -98,33 +91,30 @@ inline AdParts ad_parts(const Bytes& c) {
     auto top = children(c, der(c, 0));
     p.recipients = top.at(1);
     static_cast<Recipient&>(p) = recipient(c, p.recipients);
-    size_t i = 3;
-    if (top.at(i).tag == 0xA1) ++i;
-    auto encap = children(c, top.at(i));
-    p.content_os = children(c, encap.at(1)).at(0);
+    size_t i = top.at(3).tag == 0xA1 ? 4 : 3;
+    p.content_os = children(c, children(c, top.at(i)).at(1)).at(0);
     p.attrs = top.at(i + 1);
     p.mac = top.at(i + 2);
-    auto md = children(c, children(c, p.attrs).at(1));
-    p.digest = children(c, md.at(1)).at(0).value();
+    p.digest = children(c, children(c, children(c, p.attrs).at(1)).at(1)).at(0).value();
     return p;
 }
 
-// Token parts: the salt value and the enveloped objects (0 the random
-// object, 1 the key object), found by walking from the token's version.
+// Token parts, found by walking from the token's version: the salt value and
+// the enveloped objects (0 the random object, 1 the key object).
+inline size_t token_at(const Bytes& c) {
+    return pkcs15_get_pkcs15content(const_cast<unsigned char*>(c.data())) - c.data();
+}
 inline size_t salt_at(const Bytes& c) {
-    size_t tok = pkcs15_get_pkcs15content(const_cast<unsigned char*>(c.data())) - c.data();
     // [0] { SEQ { keyid, [0] { SEQ { OID, SEQ { salt, ...
-    auto info = children(c, children(c, der(c, tok)).at(0));
-    auto pbkdf2 = children(c, children(c, children(c, info.at(1)).at(0)).at(1));
-    return pbkdf2.at(0).value();
+    auto info = children(c, children(c, der(c, token_at(c))).at(0));
+    return children(c, children(c, children(c, info.at(1)).at(0)).at(1)).at(0).value();
 }
 struct ObjParts : Recipient {
     size_t iv = 0;
     Der content;  // encrypted OCTET STRING element, tag 0x80
 };
 inline ObjParts object_parts(const Bytes& c, int which) {
-    size_t tok = pkcs15_get_pkcs15content(const_cast<unsigned char*>(c.data())) - c.data();
-    Der objects = der(c, tok);  // behind the password info [0], when present
+    Der objects = der(c, token_at(c));  // behind the password info [0], when present
     if (objects.tag == 0xA0) objects = der(c, objects.end());
     // t1 { t2 { t3 { attributes, A1 { A2 { version, SET, info } } } } }
     Der o = children(c, objects).at(which);
@@ -151,99 +141,90 @@ inline Bytes open_by_hand(const Bytes& c, int which, type_uN<32> kek, unsigned c
     return Bytes(plain.begin() + 2, plain.end());
 }
 
-inline Bytes digest(bool g2012, const unsigned char* data, size_t len) {
-    Bytes in(data, data + len);
+// GOST R 34.11-94 or GOST R 34.11-2012 512-bit of data; with a key, the HMAC.
+inline Bytes hash(bool g2012, Bytes data, const type_uN<32>* key = nullptr) {
+    type_uN<64> h;
+    type_uN<32> h32;
+    unsigned n = (unsigned)data.size();
+    unsigned char* k = key ? const_cast<unsigned char*>(key->b) : nullptr;
     if (g2012) {
-        type_uN<64> h;
-        GOST_34_11_2012_hash_512_bit(in.data(), static_cast<unsigned>(len), &h);
+        key ? GOST_34_11_2012_HMAC_512_bit(data.data(), n, k, 32, &h) : GOST_34_11_2012_hash_512_bit(data.data(), n, &h);
         return Bytes(h.b, h.b + 64);
     }
-    type_uN<32> h;
-    GOST_34_11_94_hash(in.data(), static_cast<unsigned>(len), nullptr, &h);
-    return Bytes(h.b, h.b + 32);
-}
-inline Bytes hmac(bool g2012, Bytes data, type_uN<32> key) {
-    if (g2012) {
-        type_uN<64> h;
-        GOST_34_11_2012_HMAC_512_bit(data.data(), static_cast<unsigned>(data.size()), key.b, 32, &h);
-        return Bytes(h.b, h.b + 64);
-    }
-    type_uN<32> h;
-    GOST_34_11_94_HMAC(data.data(), static_cast<unsigned>(data.size()), key.b, 32, &h);
-    return Bytes(h.b, h.b + 32);
+    key ? GOST_34_11_94_HMAC(data.data(), n, k, 32, &h32) : GOST_34_11_94_hash(data.data(), n, nullptr, &h32);
+    return Bytes(h32.b, h32.b + 32);
 }
 
 // Result of checking an AuthenticatedData from outside.
 struct AdCheck {
-    bool key_mac = false;       // the MAC key's wrap MAC matches
-    bool digest = false;        // messageDigest matches the content
-    bool hmac_82 = false;       // HMAC matches with the attributes' tag as 0x82
-    bool hmac_a2 = false;       // HMAC matches over the attributes as stored
-    bool hmac_31 = false;       // HMAC matches over a SET OF (RFC 5652 9.2)
+    bool key_mac = false;  // the MAC key's wrap MAC matches
+    bool digest = false;   // messageDigest matches the content
+    bool hmac_82 = false;  // HMAC matches with the attributes' tag as 0x82
+    bool hmac_a2 = false;  // HMAC matches over the attributes as stored
+    bool hmac_31 = false;  // HMAC matches over a SET OF (RFC 5652 9.2)
+    bool ok() const { return key_mac && digest && hmac_82; }
 };
 inline AdCheck check_ad(const Bytes& c, type_uN<32> kek, bool g2012) {
     AdCheck r;
     AdParts p = ad_parts(c);
     type_uN<32> mk;
     r.key_mac = unwrap(&c[p.ukm], &c[p.wrapped], &c[p.wrap_mac], kek, g2012 ? 7 : 2, mk);
-    Bytes d = digest(g2012, &c[p.content_os.value()], p.content_os.len);
-    r.digest = std::equal(d.begin(), d.end(), c.begin() + p.digest);
+    r.digest = hash(g2012, Bytes(c.begin() + p.content_os.value(), c.begin() + p.content_os.end())) ==
+               Bytes(c.begin() + p.digest, c.begin() + p.digest + (g2012 ? 64 : 32));
     Bytes attrs(c.begin() + p.attrs.at, c.begin() + p.attrs.end());
     Bytes stored(c.begin() + p.mac.value(), c.begin() + p.mac.end());
-    r.hmac_a2 = hmac(g2012, attrs, mk) == stored;
+    r.hmac_a2 = hash(g2012, attrs, &mk) == stored;
     attrs[0] = 0x82;
-    r.hmac_82 = hmac(g2012, attrs, mk) == stored;
+    r.hmac_82 = hash(g2012, attrs, &mk) == stored;
     attrs[0] = 0x31;
-    r.hmac_31 = hmac(g2012, attrs, mk) == stored;
+    r.hmac_31 = hash(g2012, attrs, &mk) == stored;
     return r;
 }
 
 inline type_uN<32> kek_of(bool g2012, Bytes pwd, const unsigned char* salt, unsigned short iterations = 2000) {
     type_uN<32> k;
     Bytes s(salt, salt + 32);
-    if (g2012)
-        pkcs5_PBKDF2_2012(pwd.data(), static_cast<unsigned char>(pwd.size()), s.data(), iterations, &k);
-    else
-        pkcs5_PBKDF2(pwd.data(), static_cast<unsigned char>(pwd.size()), s.data(), iterations, &k);
+    (g2012 ? pkcs5_PBKDF2_2012 : pkcs5_PBKDF2)(pwd.data(), (unsigned char)pwd.size(), s.data(), iterations, &k);
     return k;
 }
 
-// Containers built once per process with fixed inputs.
+// Fixed inputs of the containers.
 inline type_uN<32> sample_key() {
     type_uN<32> k;
-    for (int i = 0; i < 32; ++i) k.b[i] = static_cast<unsigned char>(0x10 + i);
+    for (int i = 0; i < 32; ++i) k.b[i] = (unsigned char)(0x10 + i);
     return k;
 }
 inline Bytes sample_rnd() {
     Bytes r(40);
-    for (int i = 0; i < 40; ++i) r[i] = static_cast<unsigned char>(0xA0 + i);
+    for (int i = 0; i < 40; ++i) r[i] = (unsigned char)(0xA0 + i);
     return r;
 }
 inline TSecretKey sample_key_2012() {
     TSecretKey k;
-    for (int i = 0; i < 64; ++i) k.b[i] = static_cast<unsigned char>(0x40 + 3 * i);
+    for (int i = 0; i < 64; ++i) k.b[i] = (unsigned char)(0x40 + 3 * i);
     return k;
 }
 
+// A container built after a size query; empty unless both calls agree.
+template <class Build>
+Bytes built(Build f) {
+    Bytes c(f(nullptr));
+    return !c.empty() && f(c.data()) == c.size() ? c : Bytes();
+}
 inline Bytes make_2001(unsigned short usage, bool mapped = true, Bytes pwd = password()) {
     type_uN<32> key = sample_key();
     Bytes rnd = sample_rnd();
-    unsigned n = mapped ? pkcs15_create_conteiner_new(nullptr, &key, rnd.data(), pwd.data(), (unsigned char)pwd.size(), usage)
-                        : pkcs15_create_conteiner(nullptr, &key, rnd.data(), pwd.data(), (unsigned char)pwd.size());
-    Bytes c(n);
-    unsigned w = mapped ? pkcs15_create_conteiner_new(c.data(), &key, rnd.data(), pwd.data(), (unsigned char)pwd.size(), usage)
-                        : pkcs15_create_conteiner(c.data(), &key, rnd.data(), pwd.data(), (unsigned char)pwd.size());
-    if (w != n) return Bytes();
-    return c;
+    return built([&](unsigned char* o) {
+        return mapped ? pkcs15_create_conteiner_new(o, &key, rnd.data(), pwd.data(), (unsigned char)pwd.size(), usage)
+                      : pkcs15_create_conteiner(o, &key, rnd.data(), pwd.data(), (unsigned char)pwd.size());
+    });
 }
 inline Bytes make_2012(unsigned char kind, unsigned short usage = 0, Bytes pwd = password()) {
     TSecretKey key = sample_key_2012();
     Bytes rnd = sample_rnd();
-    unsigned n = pkcs15_create_conteiner_2012(nullptr, &key, rnd.data(), usage, pwd.data(), (unsigned char)pwd.size(), kind);
-    Bytes c(n);
-    unsigned w = pkcs15_create_conteiner_2012(c.data(), &key, rnd.data(), usage, pwd.data(), (unsigned char)pwd.size(), kind);
-    if (w != n || n == 0) return Bytes();
-    return c;
+    return built([&](unsigned char* o) {
+        return pkcs15_create_conteiner_2012(o, &key, rnd.data(), usage, pwd.data(), (unsigned char)pwd.size(), kind);
+    });
 }
 
 }  // namespace kt
