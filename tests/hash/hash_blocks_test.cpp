@@ -81,9 +81,6 @@ TEST(Gost94Blocks, APAndMix) {
 }
 
 TEST(Gost94Blocks, MixingKeyGenAndStep) {
-    static const unsigned char c3[32] = {0x00, 0xFF, 0x00, 0xFF, 0x00, 0xFF, 0x00, 0xFF, 0xFF, 0x00, 0xFF,
-                                         0x00, 0xFF, 0x00, 0xFF, 0x00, 0x00, 0xFF, 0xFF, 0x00, 0xFF, 0x00,
-                                         0x00, 0xFF, 0xFF, 0x00, 0x00, 0x00, 0xFF, 0xFF, 0x00, 0xFF};
     kt::Rng rng(3);
     for (int t = 0; t < 8; ++t) {
         U256 s = rnd<32>(rng), m = rnd<32>(rng), h = rnd<32>(rng);
@@ -99,7 +96,8 @@ TEST(Gost94Blocks, MixingKeyGenAndStep) {
             EXPECT_EQ(hex(got), hex(ref));
         }
         // Key generation and encryption with the cipher's own 32-Z cycle.
-        U256 u = h, v = m, enc = h, c = load<32>(Bytes(c3, c3 + 32), 0);
+        U256 u = h, v = m, enc = h,
+             c = load<32>(kt::from_hex("00ff00ff00ff00ffff00ff00ff00ff0000ffff00ff0000ffff000000ffff00ff"), 0);  // C3
         for (int i = 0; i < 4; ++i) {
             U256 w = xorv(u, v), key;
             GOST_34_11_94_P(&key, &w);
@@ -122,45 +120,20 @@ TEST(Gost94Blocks, MixingKeyGenAndStep) {
     }
 }
 
-TEST(Gost94Blocks, SumAndXor) {
-    U256 a, b{}, r;
-    std::memset(a.b, 0xFF, 32);
-    b.b[0] = 2;
-    GOST_34_11_94_sum_mod_2_256(&a, &b);  // 2^256 - 1 + 2 = 1
-    EXPECT_EQ(hex(a), "01" + std::string(62, '0'));
-    a = U256{};
-    a.b[7] = a.b[6] = 0xFF;
-    b = U256{};
-    b.b[6] = 0x01;
-    GOST_34_11_94_sum_mod_2_256(&a, &b);  // carry across a word boundary
-    EXPECT_EQ(hex(a), "000000000000000001" + std::string(46, '0'));
-    kt::Rng rng(4);
-    U256 x = rnd<32>(rng), y = rnd<32>(rng);
-    GOST_34_11_94_xor_u256(&r, &x, &y);
-    EXPECT_EQ(hex(r), hex(xorv(x, y)));
-}
-
-TEST(Gost94Blocks, HashFromPieces) {
-    kt::Rng rng(5);
-    U256 start = rnd<32>(rng);
-    for (size_t n : {0, 1, 31, 32, 33, 64, 100}) {
-        Bytes m = rng.bytes(n);
-        for (U256* sv : {static_cast<U256*>(nullptr), &start}) {
-            // Blocks, the last one zero-padded, then the 32-bit bit length and sigma.
-            U256 h = sv ? *sv : U256{}, sigma{}, len{}, out;
-            for (size_t pos = 0; pos < n; pos += 32) {
-                U256 blk = load<32>(m, pos, std::min<size_t>(32, n - pos));
-                GOST_34_11_94_sum_mod_2_256(&sigma, &blk);
-                GOST_34_11_94_base_step(&blk, &h);
-            }
-            uint32_t bits = static_cast<uint32_t>(n * 8);
-            std::memcpy(len.b, &bits, 4);
-            GOST_34_11_94_base_step(&len, &h);
-            GOST_34_11_94_base_step(&sigma, &h);
-            GOST_34_11_94_hash(m.data(), static_cast<unsigned>(n), sv, &out);
-            EXPECT_EQ(hex(out), hex(h)) << n;
-        }
+// The whole-message algorithm rebuilt from the step function: blocks, the
+// last one zero-padded, then the 32-bit bit length and sigma.
+U256 hash94_ref(const Bytes& m, const U256* start) {
+    U256 h = start ? *start : U256{}, sigma{}, len{};
+    for (size_t pos = 0; pos < m.size(); pos += 32) {
+        U256 blk = load<32>(m, pos, std::min<size_t>(32, m.size() - pos));
+        GOST_34_11_94_sum_mod_2_256(&sigma, &blk);
+        GOST_34_11_94_base_step(&blk, &h);
     }
+    uint32_t bits = static_cast<uint32_t>(m.size() * 8);
+    std::memcpy(len.b, &bits, 4);
+    GOST_34_11_94_base_step(&len, &h);
+    GOST_34_11_94_base_step(&sigma, &h);
+    return h;
 }
 
 // --- GOST R 34.11-2012 -------------------------------------------------------
@@ -211,24 +184,28 @@ TEST(Gost2012Blocks, MixColumnsRowsAndLinearity) {
     }
 }
 
-TEST(Gost2012Blocks, SumAndXor) {
-    U512 a, b{}, r;
-    std::memset(a.b, 0xFF, 64);
-    b.b[0] = 1;
-    GOST_34_11_2012_sum_mod_2_512(&r, &a, &b);
-    EXPECT_EQ(hex(r), std::string(128, '0'));
-    kt::Rng rng(7);
-    a = rnd<64>(rng);
-    b = rnd<64>(rng);
-    GOST_34_11_2012_xor_512(&r, &a, &b);
-    EXPECT_EQ(hex(r), hex(xorv(a, b)));
-    // Schoolbook byte addition as the reference; out may be a.
-    U512 ref;
-    for (unsigned i = 0, carry = 0; i < 64; ++i, carry >>= 8) ref.b[i] = static_cast<unsigned char>(carry += a.b[i] + b.b[i]);
-    GOST_34_11_2012_sum_mod_2_512(&r, &a, &b);
-    EXPECT_EQ(hex(r), hex(ref));
-    GOST_34_11_2012_sum_mod_2_512(&a, &a, &b);
-    EXPECT_EQ(hex(a), hex(ref));
+// Both sums and XORs against schoolbook byte addition: the 256-bit ones on
+// the low halves, the 512-bit sum also in place.
+TEST(HashBlocks, SumsAndXors) {
+    kt::Rng rng(4);
+    for (int t = 0; t < 6; ++t) {
+        U512 a = rnd<64>(rng), b = rnd<64>(rng), r, ref;
+        if (t == 0) std::memset(a.b, 0xFF, 64), b = U512{}, b.b[0] = 2;  // 2^512 - 1 + 2 = 1
+        if (t == 1) a = b = U512{}, a.b[6] = a.b[7] = 0xFF, b.b[6] = 1;   // carry across a word boundary
+        for (unsigned i = 0, carry = 0; i < 64; ++i, carry >>= 8)
+            ref.b[i] = static_cast<unsigned char>(carry += a.b[i] + b.b[i]);
+        U256 a4 = load<32>(Bytes(a.b, a.b + 32), 0), b4 = load<32>(Bytes(b.b, b.b + 32), 0), x4;
+        GOST_34_11_2012_xor_512(&r, &a, &b);
+        EXPECT_EQ(hex(r), hex(xorv(a, b)));
+        GOST_34_11_94_xor_u256(&x4, &a4, &b4);
+        EXPECT_EQ(hex(x4), hex(xorv(a, b)).substr(0, 64));
+        GOST_34_11_94_sum_mod_2_256(&a4, &b4);
+        EXPECT_EQ(hex(a4), hex(ref).substr(0, 64));
+        GOST_34_11_2012_sum_mod_2_512(&r, &a, &b);
+        EXPECT_EQ(hex(r), hex(ref));
+        GOST_34_11_2012_sum_mod_2_512(&a, &a, &b);
+        EXPECT_EQ(hex(a), hex(ref));
+    }
 }
 
 TEST(Gost2012Blocks, KeyEAndG) {
@@ -284,16 +261,21 @@ U512 hash2012_ref(const Bytes& m, bool is256) {
     return h;
 }
 
-TEST(Gost2012Blocks, HashFromPieces) {
+TEST(HashBlocks, HashesFromPieces) {
     kt::Rng rng(9);
-    for (size_t len : {0, 1, 63, 64, 65, 128, 200}) {
+    U256 start = rnd<32>(rng), o94, o256;
+    U512 o512;
+    for (size_t len : {0, 1, 31, 32, 33, 63, 64, 65, 100, 128, 200}) {
         Bytes m = rng.bytes(len);
-        U512 r256 = hash2012_ref(m, true), o512;
-        U256 o256;
-        GOST_34_11_2012_hash_512_bit(m.data(), static_cast<unsigned>(len), &o512);
-        GOST_34_11_2012_hash_256_bit(m.data(), static_cast<unsigned>(len), &o256);
+        const unsigned n = static_cast<unsigned>(len);
+        for (U256* sv : {static_cast<U256*>(nullptr), &start}) {
+            GOST_34_11_94_hash(m.data(), n, sv, &o94);
+            EXPECT_EQ(hex(o94), hex(hash94_ref(m, sv))) << len;
+        }
+        GOST_34_11_2012_hash_512_bit(m.data(), n, &o512);
+        GOST_34_11_2012_hash_256_bit(m.data(), n, &o256);
         EXPECT_EQ(hex(o512), hex(hash2012_ref(m, false))) << len;
-        EXPECT_EQ(hex(o256), kt::to_hex(r256.b + 32, 32)) << len;  // the upper half
+        EXPECT_EQ(hex(o256), hex(hash2012_ref(m, true)).substr(64)) << len;  // the upper half
     }
 }
 
