@@ -18,19 +18,12 @@ struct Container {
     Bytes password, primary, masks, key, other, mask_block, kek;
 };
 
-inline std::vector<Container> containers() {
-    std::vector<Container> out;
+inline Container container(const std::string& name) {
     for (auto& r : kt::load_records("cryptopro/cryptopro.txt")) {
         auto h = [&](const char* f) { return kt::from_hex(r.at(f)); };
-        out.push_back({r.at("name"), h("password"), h("primary"), h("masks"), h("key"), h("other"),
-                       h("mask_block"), h("kek")});
+        if (r.at("name") == name)
+            return {name, h("password"), h("primary"), h("masks"), h("key"), h("other"), h("mask_block"), h("kek")};
     }
-    return out;
-}
-
-inline Container container(const std::string& name) {
-    for (auto& c : containers())
-        if (c.name == name) return c;
     throw std::runtime_error("no container " + name);
 }
 
