@@ -15,10 +15,7 @@ unsigned get_rnd(Bytes& c, unsigned char* out, Bytes p = password(), bool check 
     return (check ? pkcs15_get_rnd : pkcs15_get_rnd_no_pass_chek)(c.data(), out, p.data(), (unsigned char)p.size());
 }
 unsigned update(Bytes& c, Bytes p = password()) { return pkcs15_update(c.data(), p.data(), (unsigned char)p.size()); }
-std::string key_hex() {
-    type_uN<32> k = sample_key();
-    return to_hex(k.b, 32);
-}
+std::string key_hex() { return to_hex(sample_key().b, 32); }
 
 class Container2001 : public ::testing::Test {
    protected:
@@ -26,11 +23,7 @@ class Container2001 : public ::testing::Test {
 };
 
 // Usage argument -> size and the KeyUsageFlags BIT STRING of the key attributes.
-const struct {
-    unsigned short usage;
-    unsigned size;
-    const char* flags;
-} kUsage[] = {
+const struct { unsigned short usage; unsigned size; const char* flags; } kUsage[] = {
     {0x00, 787, "030306 74C0"},  // 0 is taken as 255: everything
     {0xFF, 787, "030306 74C0"},
     {0x40, 787, "030306 0040"},  // nonRepudiation
@@ -94,8 +87,6 @@ TEST_F(Container2001, FixedOffsets) {
         EXPECT_EQ((std::vector<size_t>{ad.ukm, ad.wrapped, ad.wrap_mac, ad.content_os.value(), ad.content_os.len,
                                        ad.attrs.at, ad.digest, ad.mac.value(), ad.mac.end()}),
                   (std::vector<size_t>{46, 60, 94, 142, 532 + s, 674 + s, 720 + s, 754 + s, c.size()}));
-        // As built, the digest covers the token in both sizes.
-        EXPECT_TRUE(check_ad(c, kek_of(false, password(), &c[178]), false).ok());
     }
 }
 
@@ -152,13 +143,8 @@ TEST_F(Container2001, WrongPassword) {
 TEST_F(Container2001, WhatTheReadersCheck) {
     Bytes c = make_2001(0x80), rnd(40);
     type_uN<32> out;
-    const struct {
-        const char* what;
-        size_t at;
-        unsigned char v;  // new octet; 0 flips all bits
-        unsigned key, rnd, upd;
-        bool content;
-    } cases[] = {
+    // The octet at `at` set to v (0: all bits flipped); expected results.
+    const struct { const char* what; size_t at; unsigned char v; unsigned key, rnd, upd; bool content; } cases[] = {
         {"first tag", 0, 0x31, 30, 30, 30, false},
         {"no leading INTEGER", 4, 0x04, 30, 30, 30, false},
         {"outer length 0x1F0", 3, 0xF0, 30, 0, 30, false},  // covers the random object (to 454), not the key (674)
@@ -192,14 +178,8 @@ TEST_F(Container2001, UpdateRenewsAndKeepsKey) {
         for (int round = 0; round < 2; ++round) {
             Bytes prev = c;
             // The blocks the update will draw, to find them in the container.
-            seed(41 + round);
-            std::set<std::string> drawn;
-            for (int i = 0; i < 8; ++i) {
-                type_uN<32> b;
-                PRNG_get(&b);
-                drawn.insert(to_hex(b.b, 32));
-            }
-            seed(41 + round);
+            std::vector<std::string> d = draws(41 + round, 8);
+            std::set<std::string> drawn(d.begin(), d.end());
             ASSERT_EQ(update(c), 0u);
             ASSERT_EQ(c.size(), prev.size());
             // Fresh MAC key, CEKs, IVs and UKMs; salt and structure unchanged.
@@ -243,12 +223,7 @@ TEST_F(Container2001, GettersOnHandMadeElements) {
         return tlv(0xA0, {tlv(0x30, {from_hex("040400000001"), tlv(0xA0, {alg})})});
     };
     Bytes salt = tlv(0x04, {Bytes(32, 0x5A)});
-    const struct {
-        const char* what;
-        Bytes element;
-        bool salt;
-        unsigned iterations;
-    } kek[] = {
+    const struct { const char* what; Bytes element; bool salt; unsigned iterations; } kek[] = {
         {"one-octet count", kmi(salt, "020164"), true, 100},
         {"two-octet count", kmi(salt, "0202FFFF"), true, 65535},
         {"three-octet count", kmi(salt, "0203010000"), true, 0},

@@ -105,9 +105,7 @@ inline size_t token_at(const Bytes& c) {
     return pkcs15_get_pkcs15content(const_cast<unsigned char*>(c.data())) - c.data();
 }
 inline size_t salt_at(const Bytes& c) {
-    // [0] { SEQ { keyid, [0] { SEQ { OID, SEQ { salt, ...
-    auto info = children(c, children(c, der(c, token_at(c))).at(0));
-    return children(c, children(c, children(c, info.at(1)).at(0)).at(1)).at(0).value();
+    return pkcs15_get_pkcs15_KEK(const_cast<unsigned char*>(c.data()) + token_at(c)).salt + 2 - c.data();
 }
 struct ObjParts : Recipient {
     size_t iv = 0;
@@ -188,21 +186,28 @@ inline type_uN<32> kek_of(bool g2012, Bytes pwd, const unsigned char* salt, unsi
     return k;
 }
 
-// Fixed inputs of the containers.
-inline type_uN<32> sample_key() {
-    type_uN<32> k;
-    for (int i = 0; i < 32; ++i) k.b[i] = (unsigned char)(0x10 + i);
-    return k;
-}
-inline Bytes sample_rnd() {
-    Bytes r(40);
-    for (int i = 0; i < 40; ++i) r[i] = (unsigned char)(0xA0 + i);
+// Fixed inputs of the containers: runs of octets first, first + step, ...
+inline Bytes ramp(size_t n, int first, int step = 1) {
+    Bytes r(n);
+    for (size_t i = 0; i < n; ++i) r[i] = (unsigned char)(first + step * i);
     return r;
 }
+inline type_uN<32> sample_key() { return key32(ramp(32, 0x10).data()); }
+inline Bytes sample_rnd() { return ramp(40, 0xA0); }
 inline TSecretKey sample_key_2012() {
     TSecretKey k;
-    for (int i = 0; i < 64; ++i) k.b[i] = (unsigned char)(0x40 + 3 * i);
+    Bytes r = ramp(64, 0x40, 3);
+    std::memcpy(k.b, r.data(), 64);
     return k;
+}
+// The n 32-octet blocks the generator gives after seed(s), as hex; the
+// generator is seeded with s again for the code under test.
+inline std::vector<std::string> draws(uint64_t s, int n) {
+    seed(s);
+    std::vector<std::string> d;
+    for (type_uN<32> b; n-- > 0 && PRNG_get(&b) == 0;) d.push_back(to_hex(b.b, 32));
+    seed(s);
+    return d;
 }
 
 // A container built after a size query; empty unless both calls agree.
