@@ -13,17 +13,10 @@ namespace {
 
 using kt::Bytes;
 
-struct Case {
-    Bytes key, aux, password, container;
-    unsigned char* pw() { return password.data(); }
-    unsigned char n() const { return static_cast<unsigned char>(password.size()); }
-};
-
-Case reference() {
-    auto r = kt::load_records("pkcs12/pkcs12.txt").at(0);
-    auto h = [&](const char* f) { return kt::from_hex(r.at(f)); };
-    return {h("key"), h("aux"), h("password"), h("container")};
-}
+const kt::Record kRef = kt::load_records("pkcs12/pkcs12.txt").at(0);
+Bytes ref(const char* field) { return kt::from_hex(kRef.at(field)); }
+Bytes pw = ref("password"), box = ref("container");
+const unsigned char n = static_cast<unsigned char>(pw.size());
 
 // A heap copy with nothing after it, so that any over-read is caught.
 std::unique_ptr<unsigned char[]> exact(const Bytes& b) {
@@ -37,10 +30,9 @@ bool in(unsigned char r, std::initializer_list<unsigned char> codes) {
 }
 
 TEST(Pkcs12Hostile, EveryOctetReplaced) {
-    Case c = reference();
-    for (unsigned off = 0; off < c.container.size(); ++off) {
+    for (unsigned off = 0; off < box.size(); ++off) {
         for (unsigned char v : {0x00, 0x01, 0x7F, 0x80, 0x81, 0xFF}) {
-            Bytes b = c.container;
+            Bytes b = box;
             b[off] = v;
             auto buf = exact(b);
             unsigned char* p = buf.get();
@@ -56,31 +48,30 @@ TEST(Pkcs12Hostile, EveryOctetReplaced) {
             // (a sample inside it: every change there is a MAC mismatch).
             // Octets 370-371 hold the MAC iteration count: covered below.
             bool in_mac = off >= 23 && off < 305;
-            if (off >= 370 || (in_mac && off % 11) || !in(v, {0x00, 0x80, 0xFF}) || c.container[off] == v) continue;
+            if (off >= 370 || (in_mac && off % 11) || !in(v, {0x00, 0x80, 0xFF}) || box[off] == v) continue;
             Bytes key(32, 0xA5), aux(40, 0x5A), q = {'q'};
-            r = pkcs12_open_conteiner(reinterpret_cast<type_uN<32>*>(key.data()), aux.data(), c.pw(), c.n(),
+            r = pkcs12_open_conteiner(reinterpret_cast<type_uN<32>*>(key.data()), aux.data(), pw.data(), n,
                                       buf.get());
             EXPECT_TRUE(in(r, {0, 2, 3, 5})) << off;
-            EXPECT_EQ(r ? Bytes(32, 0xA5) : c.key, key) << off;
-            EXPECT_EQ(r ? Bytes(40, 0x5A) : c.aux, aux) << off;
+            EXPECT_EQ(r ? Bytes(32, 0xA5) : ref("key"), key) << off;
+            EXPECT_EQ(r ? Bytes(40, 0x5A) : ref("aux"), aux) << off;
             EXPECT_TRUE(std::equal(b.begin(), b.end(), buf.get())) << off;  // open changes nothing
-            EXPECT_TRUE(in(pkcs12_conteiner_check_MAC(c.pw(), c.n(), buf.get()), {0, 2, 5})) << off;
+            EXPECT_TRUE(in(pkcs12_conteiner_check_MAC(pw.data(), n, buf.get()), {0, 2, 5})) << off;
             if (in_mac) continue;
-            EXPECT_TRUE(in(pkcs12_close_conteiner(aux.data(), c.pw(), c.n(), buf.get()), {0, 2, 5})) << off;
+            EXPECT_TRUE(in(pkcs12_close_conteiner(aux.data(), pw.data(), n, buf.get()), {0, 2, 5})) << off;
             buf = exact(b);
-            EXPECT_TRUE(in(pkcs12_conteiner_change_pass(c.pw(), c.n(), q.data(), 1, buf.get()), {0, 2, 5})) << off;
+            EXPECT_TRUE(in(pkcs12_conteiner_change_pass(pw.data(), n, q.data(), 1, buf.get()), {0, 2, 5})) << off;
         }
     }
 }
 
 TEST(Pkcs12Hostile, BaseRunsRunningOffTheEnd) {
-    Case c = reference();
     for (unsigned char last : {0x80, 0xFF}) {
-        Bytes b = c.container;
+        Bytes b = box;
         b[371] = last;  // the MAC count's base-128 run no longer ends inside the container
         auto buf = exact(b);
         Bytes key(32, 0xA5);
-        EXPECT_EQ(5, pkcs12_open_conteiner(reinterpret_cast<type_uN<32>*>(key.data()), nullptr, c.pw(), c.n(),
+        EXPECT_EQ(5, pkcs12_open_conteiner(reinterpret_cast<type_uN<32>*>(key.data()), nullptr, pw.data(), n,
                                            buf.get()));
         EXPECT_EQ(Bytes(32, 0xA5), key);
         unsigned short it = 7;
@@ -88,7 +79,7 @@ TEST(Pkcs12Hostile, BaseRunsRunningOffTheEnd) {
         pkcs12_get_pbkdf2_par(salt, &it, buf.get());
         EXPECT_EQ(1024, it);  // the PBKDF2-params count is intact
     }
-    Bytes b = c.container;
+    Bytes b = box;
     b[98] = b[99] = 0x88;  // PBKDF2-params count now runs on into the prf element
     auto buf = exact(b);
     unsigned short it = 0;

@@ -129,8 +129,8 @@ TEST(Pkcs12Container, WrongPasswordGives2AndChangesNothing) {
     }
 }
 
-// Close rewrites only the content and the MAC value; change-password keeps
-// salts, counts and IV (checked against the own_mac_parameters container).
+// Change-password keeps salts, counts and IV (checked against the
+// own_mac_parameters container, whose MacData differs from what create writes).
 TEST(Pkcs12Container, CloseAndChangePassword) {
     for (auto& c : all_cases()) {
         SCOPED_TRACE(c.name);
@@ -139,8 +139,8 @@ TEST(Pkcs12Container, CloseAndChangePassword) {
         EXPECT_EQ(0, open(box, c.password, &key, &got));
         EXPECT_EQ(c.key, key);
         EXPECT_EQ(aux, got);
-        EXPECT_TRUE(same(box, c.container, 0, 153) && same(box, c.container, 305, 330) &&
-                    same(box, c.container, 362, box.size()));
+        // Closing again with the original block gives the original container:
+        // nothing but the content and the MAC was touched.
         EXPECT_EQ(0, pkcs12_close_conteiner(c.aux.data(), c.pw(), c.n(), box.data()));
         EXPECT_EQ(c.container, box);
 
