@@ -1,5 +1,5 @@
-// The exported building blocks against their definitions, and the hashes
-// rebuilt from the blocks.
+// The exported building blocks against their definitions, and the
+// 34.11-94 hash with a caller's starting vector rebuilt from them.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -146,43 +146,28 @@ U512 lps(U512 x) {
     return x;
 }
 
-TEST(Gost2012Blocks, SboxAndTransposition) {
+TEST(Gost2012Blocks, SboxTranspositionMixColumns) {
     U512 x;
     for (int i = 0; i < 64; ++i) x.b[i] = static_cast<unsigned char>(i);
     GOST_34_11_2012_Transposition(&x);
     for (int i = 0; i < 64; ++i) EXPECT_EQ(x.b[i], 8 * (i % 8) + i / 8);
-    // pi(0..3) = FC EE DD 11, pi(63) = 1F (RFC 6986 section 6), and pi is a permutation.
-    std::vector<bool> seen(256);
-    for (int base = 0; base < 256; base += 64) {
-        for (int i = 0; i < 64; ++i) x.b[i] = static_cast<unsigned char>(base + i);
-        GOST_34_11_2012_Sbox(&x);
-        if (base == 0) EXPECT_EQ(kt::to_hex(x.b, 4) + kt::to_hex(x.b + 63, 1), "fceedd111f");
-        for (int i = 0; i < 64; ++i) seen[x.b[i]] = true;
-    }
-    for (int v = 0; v < 256; ++v) EXPECT_TRUE(seen[v]) << v;
-}
-
-TEST(Gost2012Blocks, MixColumnsRowsAndLinearity) {
+    // pi(0..3) = FC EE DD 11, pi(63) = 1F (RFC 6986 section 6); the whole
+    // table is pinned by the digests and by E against LPS below.
+    for (int i = 0; i < 64; ++i) x.b[i] = static_cast<unsigned char>(i);
+    GOST_34_11_2012_Sbox(&x);
+    EXPECT_EQ(kt::to_hex(x.b, 4) + kt::to_hex(x.b + 63, 1), "fceedd111f");
     // A single set bit 63 - k of a word selects row k of A; rows 0, 1 and 63
     // as published in RFC 6986.
     const struct { int bit; uint64_t row; } cases[] = {
         {63, 0x8e20faa72ba0b470ull}, {62, 0x47107ddd9b505a38ull}, {0, 0x641c314b2b8ee083ull}};
     for (const auto& c : cases)
         for (int w = 0; w < 8; ++w) {
-            U512 x{};
             uint64_t v = 1ull << c.bit;
+            x = U512{};
             std::memcpy(x.b + 8 * w, &v, 8);
             GOST_34_11_2012_Mix_Columns(&x);
             for (int i = 0; i < 8; ++i) EXPECT_EQ(word(x.b, i), i == w ? c.row : 0) << c.bit << " " << w;
         }
-    kt::Rng rng(6);
-    for (int t = 0; t < 10; ++t) {
-        U512 a = rnd<64>(rng), b = rnd<64>(rng), s = xorv(a, b);
-        GOST_34_11_2012_Mix_Columns(&a);
-        GOST_34_11_2012_Mix_Columns(&b);
-        GOST_34_11_2012_Mix_Columns(&s);
-        EXPECT_EQ(hex(s), hex(xorv(a, b)));
-    }
 }
 
 // Both sums and XORs against schoolbook byte addition: the 256-bit ones on
