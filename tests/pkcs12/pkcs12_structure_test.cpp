@@ -88,12 +88,13 @@ TEST(Pkcs12Writers, AdvanceOverTheirParts) {
     EXPECT_EQ("0505050505", kt::to_hex(buf.data() + 147, 5));
 }
 
-TEST(Pkcs12Checks, HeaderStopsAtAlgorithmAndRejectsEveryCheckedOctet) {
+TEST(Pkcs12Checks, HeaderAndAlgorithmCodes) {
     Bytes good = container();
     unsigned char* p = good.data();
     EXPECT_EQ(0, pkcs12_check_header(&p));
     EXPECT_EQ(good.data() + 60, p);
-    // Tags, the two versions and the three contentType OIDs.
+    // The header check stops at the algorithm and rejects its tags, the two
+    // versions and the three contentType OIDs.
     for (unsigned off = 0; off < 60; ++off) {
         bool oid = (off >= 9 && off < 20) || (off >= 29 && off < 40) || off >= 49;
         if (!oid && !std::set<unsigned>{0, 3, 4, 5, 6, 20, 23, 26, 40, 43, 44, 45, 46}.count(off)) continue;
@@ -103,10 +104,9 @@ TEST(Pkcs12Checks, HeaderStopsAtAlgorithmAndRejectsEveryCheckedOctet) {
         EXPECT_EQ(5, pkcs12_check_header(&p)) << off;
         EXPECT_EQ(c.data(), p) << off;
     }
-}
 
-TEST(Pkcs12Checks, AlgorithmCodes) {
-    struct { unsigned offset; unsigned char value, code; } table[] = {
+    // The algorithm check, from offset 60. A value above FF sets two octets.
+    struct { unsigned offset, value; unsigned char code; } table[] = {
         {0, 0, 0},  // unchanged
         // Wrong length or content: PBES2 OID length, PBES2 -> 1.2.840.113549.1.5.14, PBKDF2 -> PBES2, last octet
         // of 1.2.643.2.2.10, hash parameters 30.0 -> 30.1, GOST 28147-89 OID, 31.0 -> 31.1.
@@ -116,18 +116,16 @@ TEST(Pkcs12Checks, AlgorithmCodes) {
         {141, 0x04, 5},
         // SEQUENCE lengths are stepped over, never compared.
         {61, 0x10, 0}, {74, 0x00, 0}, {101, 0x7F, 0},
+        // An OID length run longer than any the container writes is a wrong length too, not a wrong tag.
+        {63, 0x89AA, 4},
     };
-    Bytes good = container();
     for (auto& t : table) {
         Bytes c = good;
-        if (t.offset) c[t.offset] = t.value;
+        unsigned off = t.offset;
+        if (t.value > 0xFF) c[off++] = static_cast<unsigned char>(t.value >> 8);
+        if (off) c[off] = static_cast<unsigned char>(t.value);
         EXPECT_EQ(t.code, pkcs12_check_algorithm(c.data() + 60)) << t.offset;
     }
-    // An OID length run longer than any the container writes is a wrong
-    // length too, not a wrong tag.
-    good[63] = 0x89;
-    good[64] = 0xAA;
-    EXPECT_EQ(4, pkcs12_check_algorithm(good.data() + 60));
     // Salt of 8 octets and a keyLength INTEGER after the count are accepted.
     Bytes alg = kt::from_hex(
         "3060 06092a864886f70d01050d 3053 3032 06092a864886f70d01050c 3025 0408 0102030405060708 02028800 020120"
