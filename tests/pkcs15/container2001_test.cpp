@@ -90,56 +90,41 @@ TEST_F(Container2001, FixedOffsets) {
     }
 }
 
-TEST_F(Container2001, RoundTrips) {
+// Each reader with and without the password check, with the right and a
+// wrong password; after a 32 nothing is written and the update leaves the
+// container as it was.
+TEST_F(Container2001, RoundTripsAndWrongPassword) {
     for (const Bytes& pwd : {password(), Bytes(), Bytes(255, 0x5A), Bytes{0}})
         for (unsigned short usage : {0x80, 0x40}) {
-            Bytes c = make_2001(usage, true, pwd);
+            Bytes c = make_2001(usage, true, pwd), before = c, rnd(40, 0xCC);
+            type_uN<32> out;
+            std::memset(out.b, 0xCC, 32);
             EXPECT_EQ(get_key(c, nullptr, pwd), 0u);
+            EXPECT_EQ(get_key(c, nullptr, wrong_password()), 32u);
+            EXPECT_EQ(get_key(c, &out, wrong_password()), 32u);
+            EXPECT_EQ(get_rnd(c, rnd.data(), wrong_password()), 32u);
+            EXPECT_EQ(to_hex(out.b, 32) + to_hex(rnd), std::string(144, 'c'));
+            EXPECT_EQ(update(c, wrong_password()), 32u);
+            EXPECT_EQ(c, before);
             for (bool check : {true, false}) {
-                type_uN<32> out{};
-                Bytes rnd(40);
                 EXPECT_EQ(get_key(c, &out, pwd, check), 0u);
                 EXPECT_EQ(to_hex(out.b, 32), key_hex());
                 EXPECT_EQ(get_rnd(c, rnd.data(), pwd, check), 0u);
                 EXPECT_EQ(rnd, sample_rnd());
             }
+            // Unchecked, a wrong password gives result 0 and wrong octets.
+            EXPECT_EQ(get_key(c, &out, wrong_password(), false), 0u);
+            EXPECT_EQ(get_rnd(c, rnd.data(), wrong_password(), false), 0u);
+            EXPECT_NE(to_hex(out.b, 32), key_hex());
+            EXPECT_NE(rnd, sample_rnd());
         }
-}
-
-TEST_F(Container2001, OnlyFourSaltOctetsEnterTheKey) {
-    Bytes c = make_2001(0x80);
-    for (int i = 182; i < 210; ++i) c[i] ^= 0x5A;  // salt octets 4..31
-    type_uN<32> out;
-    EXPECT_EQ(get_key(c, &out), 0u);
-    EXPECT_EQ(to_hex(out.b, 32), key_hex());
-    c[178] ^= 1;
-    EXPECT_EQ(get_key(c, &out), 32u);
-}
-
-TEST_F(Container2001, WrongPassword) {
-    for (unsigned short usage : {0x80, 0x40}) {
-        Bytes c = make_2001(usage), before = c, rnd(40, 0xCC);
-        type_uN<32> out;
-        std::memset(out.b, 0xCC, 32);
-        // Checked: 32, also for the null-output check, and nothing written.
-        EXPECT_EQ(get_key(c, &out, wrong_password()), 32u);
-        EXPECT_EQ(get_key(c, nullptr, wrong_password()), 32u);
-        EXPECT_EQ(get_rnd(c, rnd.data(), wrong_password()), 32u);
-        EXPECT_EQ(to_hex(out.b, 32) + to_hex(rnd), std::string(144, 'c'));
-        // Unchecked: result 0 and wrong octets.
-        EXPECT_EQ(get_key(c, &out, wrong_password(), false), 0u);
-        EXPECT_EQ(get_rnd(c, rnd.data(), wrong_password(), false), 0u);
-        EXPECT_NE(to_hex(out.b, 32), key_hex());
-        EXPECT_NE(rnd, sample_rnd());
-        EXPECT_EQ(update(c, wrong_password()), 32u);
-        EXPECT_EQ(c, before);
-    }
 }
 
 // What the 2001 readers check: the first tag, that the first child is an
 // INTEGER (of any value) and that the outer length covers their offsets.
 // Neither the versions nor the AuthenticatedData are looked at; the content
-// getter, which walks the DER, wants both versions 0.
+// getter, which walks the DER, wants both versions 0. Of the 32 salt octets
+// only the first 4 enter the KEK.
 TEST_F(Container2001, WhatTheReadersCheck) {
     Bytes c = make_2001(0x80), rnd(40);
     type_uN<32> out;
@@ -153,6 +138,9 @@ TEST_F(Container2001, WhatTheReadersCheck) {
         {"messageDigest value", 720, 0, 0, 0, 0, true},
         {"AuthenticatedData MAC", 760, 0, 0, 0, 0, true},
         {"wrapped MAC key", 60, 0, 0, 0, 0, true},
+        {"salt octet 0", 178, 0, 32, 32, 32, true},
+        {"salt octet 4", 182, 0, 0, 0, 0, true},
+        {"salt octet 31", 209, 0, 0, 0, 0, true},
     };
     for (const auto& k : cases) {
         Bytes d = c;
@@ -163,7 +151,7 @@ TEST_F(Container2001, WhatTheReadersCheck) {
         std::memset(out.b, 0, 32);
         EXPECT_EQ(get_key(d, &out), k.key) << k.what;
         if (k.key == 0) EXPECT_EQ(to_hex(out.b, 32), key_hex()) << k.what;
-        EXPECT_EQ(get_key(d, &out, password(), false), k.key) << k.what;
+        EXPECT_EQ(get_key(d, &out, password(), false), k.key == 32 ? 0u : k.key) << k.what;
         EXPECT_EQ(get_rnd(d, rnd.data()), k.rnd) << k.what;
         EXPECT_EQ(update(d), k.upd) << k.what;
     }
