@@ -19,28 +19,23 @@ std::unique_ptr<unsigned char[]> exact(const kt::Bytes& b) {
     return p;
 }
 
-// A heap object of exactly its own size.
-template <class T>
-std::unique_ptr<T> heap() { return std::unique_ptr<T>(new T); }
-
 TEST(HashBounds, MessagesOfEveryLength) {
     kt::Rng rng(21);
-    auto o32 = heap<type_uN<32>>();
-    auto o64 = heap<type_uN<64>>();
+    std::unique_ptr<type_uN<32>> o32(new type_uN<32>);
+    std::unique_ptr<type_uN<64>> o64(new type_uN<64>);
     for (unsigned len = 0; len <= 200; ++len) {
-        kt::Bytes mb = rng.bytes(len);
-        auto m = exact(mb);
+        auto m = exact(rng.bytes(len));
         GOST_34_11_94_hash(m.get(), len, nullptr, o32.get());
         GOST_34_11_2012_hash_256_bit(m.get(), len, o32.get());
         GOST_34_11_2012_hash_512_bit(m.get(), len, o64.get());
         GOST_34_11_2012_base(m.get(), len, o64.get());
-        auto s94 = heap<stream_hash_t>();
-        auto s12 = heap<stream_hash_2012_t>();
+        std::unique_ptr<stream_hash_t> s94(new stream_hash_t);
+        std::unique_ptr<stream_hash_2012_t> s12(new stream_hash_2012_t);
         GOST_34_11_94_hash_init(nullptr, s94.get());
         GOST_34_11_2012_hash_512_init(s12.get());
         for (unsigned pos = 0, n; pos < len; pos += n) {
             n = 1 + rng.below(len - pos);
-            auto piece = exact(kt::Bytes(mb.begin() + pos, mb.begin() + pos + n));
+            auto piece = exact(kt::Bytes(m.get() + pos, m.get() + pos + n));
             GOST_34_11_94_hash_write(piece.get(), n, s94.get());
             GOST_34_11_2012_hash_write(piece.get(), n, s12.get());
         }
@@ -52,8 +47,8 @@ TEST(HashBounds, MessagesOfEveryLength) {
 TEST(HashBounds, KeysAndPasswords) {
     kt::Rng rng(22);
     auto data = exact(rng.bytes(50));
-    auto o32 = heap<type_uN<32>>();
-    auto o64 = heap<type_uN<64>>();
+    std::unique_ptr<type_uN<32>> o32(new type_uN<32>);
+    std::unique_ptr<type_uN<64>> o64(new type_uN<64>);
     for (unsigned kl : {0u, 1u, 32u, 33u, 64u, 65u, 255u}) {
         auto k = exact(rng.bytes(kl));
         auto salt = exact(rng.bytes(4));
