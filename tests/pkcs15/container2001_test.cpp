@@ -196,7 +196,7 @@ TEST_F(Container2001, UpdateRenewsAndKeepsKey) {
             // from 142 + s: the token (at 142 in both sizes) for 786 octets,
             // a range shifted by one octet for 787.
             AdCheck r = check_ad(c, kek, false);
-            EXPECT_TRUE(r.key_mac && r.hmac_82);
+            EXPECT_TRUE(r.key_mac && r.hmac_tag == 0x82);
             EXPECT_EQ(r.digest, s == 0);
             EXPECT_EQ(to_hex(hash(false, Bytes(c.begin() + 142 + s, c.begin() + 674 + 2 * s))), to_hex(&c[720 + s], 32));
         }

@@ -27,6 +27,9 @@ const unsigned char kPl = 11;  // password length
 // The 2001 readers (2000 PBKDF2 iterations each) run only when asked.
 void run_all(const Bytes& damaged, const std::string& what, bool with2001 = false) {
     Bytes pwd = password();
+    unsigned char* p = pwd.data();
+    using K = type_uN<32>*;
+    using T = TSecretKey*;
     auto run = [&](const char* fn, const std::set<unsigned>& codes, size_t n, unsigned char failed, auto call) {
         Exact c(damaged);
         Bytes out(n, 0xCC);
@@ -37,20 +40,13 @@ void run_all(const Bytes& damaged, const std::string& what, bool with2001 = fals
         EXPECT_EQ(0, std::memcmp(c.get(), damaged.data(), damaged.size())) << what << " " << fn;
     };
     if (with2001) {
-        run("get_key", {0, 30, 32}, 32, 0xCC, [&](unsigned char* c, unsigned char* o) {
-            return pkcs15_get_key(c, reinterpret_cast<type_uN<32>*>(o), pwd.data(), kPl);
-        });
-        run("get_rnd_no_pass_chek", {0, 30}, 40, 0xCC, [&](unsigned char* c, unsigned char* o) {
-            return pkcs15_get_rnd_no_pass_chek(c, o, pwd.data(), kPl);
-        });
+        run("get_key", {0, 30, 32}, 32, 0xCC, [&](auto c, auto o) { return pkcs15_get_key(c, K(o), p, kPl); });
+        run("get_rnd_no_pass_chek", {0, 30}, 40, 0xCC,
+            [&](auto c, auto o) { return pkcs15_get_rnd_no_pass_chek(c, o, p, kPl); });
     }
-    run("get_key_2012", {0, 30}, 64, 0, [&](unsigned char* c, unsigned char* o) {
-        return pkcs15_get_key_2012(c, reinterpret_cast<TSecretKey*>(o), pwd.data(), kPl);
-    });
-    run("get_rnd_2012", {0, 30}, 40, 0xCC,
-        [&](unsigned char* c, unsigned char* o) { return pkcs15_get_rnd_2012(c, o, pwd.data(), kPl); });
-    run("update_2012", {0, 30, 31, 32}, 0, 0,
-        [&](unsigned char* c, unsigned char*) { return pkcs15_update_2012(c, pwd.data(), kPl); });
+    run("get_key_2012", {0, 30}, 64, 0, [&](auto c, auto o) { return pkcs15_get_key_2012(c, T(o), p, kPl); });
+    run("get_rnd_2012", {0, 30}, 40, 0xCC, [&](auto c, auto o) { return pkcs15_get_rnd_2012(c, o, p, kPl); });
+    run("update_2012", {0, 30, 31, 32}, 0, 0, [&](auto c, auto) { return pkcs15_update_2012(c, p, kPl); });
     Exact c(damaged);
     pkcs15_get_version(c.get());
     pkcs15_get_pkcs15content(c.get());

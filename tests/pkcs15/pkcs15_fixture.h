@@ -153,14 +153,14 @@ inline Bytes hash(bool g2012, Bytes data, const type_uN<32>* key = nullptr) {
     return Bytes(h32.b, h32.b + 32);
 }
 
-// Result of checking an AuthenticatedData from outside.
+// Result of checking an AuthenticatedData from outside: the MAC key's wrap
+// MAC, the messageDigest, and which first octet of the attributes gives the
+// stored HMAC: 0x82, the stored 0xA2, or the SET OF tag of RFC 5652 9.2
+// (0 for none).
 struct AdCheck {
-    bool key_mac = false;  // the MAC key's wrap MAC matches
-    bool digest = false;   // messageDigest matches the content
-    bool hmac_82 = false;  // HMAC matches with the attributes' tag as 0x82
-    bool hmac_a2 = false;  // HMAC matches over the attributes as stored
-    bool hmac_31 = false;  // HMAC matches over a SET OF (RFC 5652 9.2)
-    bool ok() const { return key_mac && digest && hmac_82; }
+    bool key_mac = false, digest = false;
+    unsigned char hmac_tag = 0;
+    bool ok() const { return key_mac && digest && hmac_tag == 0x82; }
 };
 inline AdCheck check_ad(const Bytes& c, type_uN<32> kek, bool g2012) {
     AdCheck r;
@@ -170,12 +170,9 @@ inline AdCheck check_ad(const Bytes& c, type_uN<32> kek, bool g2012) {
     r.digest = hash(g2012, Bytes(c.begin() + p.content_os.value(), c.begin() + p.content_os.end())) ==
                Bytes(c.begin() + p.digest, c.begin() + p.digest + (g2012 ? 64 : 32));
     Bytes attrs(c.begin() + p.attrs.at, c.begin() + p.attrs.end());
-    Bytes stored(c.begin() + p.mac.value(), c.begin() + p.mac.end());
-    r.hmac_a2 = hash(g2012, attrs, &mk) == stored;
-    attrs[0] = 0x82;
-    r.hmac_82 = hash(g2012, attrs, &mk) == stored;
-    attrs[0] = 0x31;
-    r.hmac_31 = hash(g2012, attrs, &mk) == stored;
+    for (unsigned char tag : {0x82, 0xA2, 0x31})
+        if (attrs[0] = tag, hash(g2012, attrs, &mk) == Bytes(c.begin() + p.mac.value(), c.begin() + p.mac.end()))
+            r.hmac_tag = tag;
     return r;
 }
 
