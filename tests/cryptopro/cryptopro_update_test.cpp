@@ -101,14 +101,19 @@ TEST(CryptoProUpdate, WrongPasswordSpoilsSilentlyStructureCodesChangeNothing) {
     EXPECT_EQ(0, update(c));
     c.password = right;
     EXPECT_EQ("code 8", read(c, "cert_d1_A"));
-    struct { bool in_masks; unsigned offset; unsigned char value, code; } table[] = {
+    // Structure codes and a password over 12 octets (refused before it is
+    // read) leave both files as they are.
+    struct { bool in_masks; unsigned offset; unsigned char value, code, pw_len = 0; /* 0: its own */ } table[] = {
         {false, 0, 0x31, 2}, {false, 1, 0x21, 4}, {true, 0, 0x31, 3}, {true, 1, 0x34, 5}, {true, 45, 0x00, 6},
+        {true, 0, 0x30, CRYPTOPRO_ERR_PASSWORD_TOO_LONG, 255},
     };
     for (auto& t : table) {
         Container c = container("two_keys_match_first");
         (t.in_masks ? c.masks : c.primary)[t.offset] = t.value;
         Container before = c;
-        EXPECT_EQ(t.code, update(c)) << t.offset;
+        EXPECT_EQ(t.code, CryptoPro_conteiner_update(c.primary.data(), c.masks.data(), c.password.data(),
+                                                     t.pw_len ? t.pw_len : len(c.password)))
+            << t.offset;
         EXPECT_EQ(before.primary, c.primary);
         EXPECT_EQ(before.masks, c.masks);
     }
