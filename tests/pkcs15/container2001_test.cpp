@@ -188,7 +188,8 @@ TEST_F(Container2001, UpdateRenewsAndKeepsKey) {
             EXPECT_EQ(to_hex(&rnd[32], 8), to_hex(&sample_rnd()[32], 8));
             // Both CEKs and the MAC key are drawn blocks.
             type_uN<32> kek = kek_of(false, password(), &c[178]), k;
-            for (const Recipient& r : {Recipient(object_parts(c, 0)), Recipient(object_parts(c, 1)), Recipient(ad_parts(c))}) {
+            for (const Recipient& r :
+                 {Recipient(object_parts(c, 0)), Recipient(object_parts(c, 1)), Recipient(ad_parts(c))}) {
                 ASSERT_TRUE(unwrap(&c[r.ukm], &c[r.wrapped], &c[r.wrap_mac], kek, 2, k));
                 EXPECT_EQ(drawn.count(to_hex(k.b, 32)), 1u) << r.wrapped;
             }
@@ -198,7 +199,8 @@ TEST_F(Container2001, UpdateRenewsAndKeepsKey) {
             AdCheck r = check_ad(c, kek, false);
             EXPECT_TRUE(r.key_mac && r.hmac_tag == 0x82);
             EXPECT_EQ(r.digest, s == 0);
-            EXPECT_EQ(to_hex(hash(false, Bytes(c.begin() + 142 + s, c.begin() + 674 + 2 * s))), to_hex(&c[720 + s], 32));
+            Bytes range(c.begin() + 142 + s, c.begin() + 142 + s + 532 + s);
+            EXPECT_EQ(to_hex(hash(false, range)), to_hex(&c[720 + s], 32));
         }
     }
 }
@@ -207,7 +209,8 @@ TEST_F(Container2001, UpdateRenewsAndKeepsKey) {
 TEST_F(Container2001, GettersOnHandMadeElements) {
     // [0] { SEQ { key id, [0] { SEQ { PBKDF2 OID, SEQ { salt, count, 32 } } } } }
     auto kmi = [](const Bytes& salt, const char* count) {
-        Bytes alg = tlv(0x30, {from_hex("06092A864886F70D01050C"), tlv(0x30, {salt, from_hex(count), from_hex("020120")})});
+        Bytes params = tlv(0x30, {salt, from_hex(count), from_hex("020120")});
+        Bytes alg = tlv(0x30, {from_hex("06092A864886F70D01050C"), params});
         return tlv(0xA0, {tlv(0x30, {from_hex("040400000001"), tlv(0xA0, {alg})})});
     };
     Bytes salt = tlv(0x04, {Bytes(32, 0x5A)});
@@ -228,7 +231,7 @@ TEST_F(Container2001, GettersOnHandMadeElements) {
     }
     // Encrypted content info { id-data, alg { OID, { IV, set } }, content }:
     // the content only when tagged 0x80.
-    Bytes alg = tlv(0x30, {from_hex("06062A8503020215"), tlv(0x30, {from_hex("0408 0102030405060708 06072A850302021F01")})});
+    Bytes alg = tlv(0x30, {from_hex("06062A8503020215 3013 0408 0102030405060708 06072A850302021F01")});
     for (unsigned char tag : {0x80, 0xA0, 0x04}) {
         Bytes info = tlv(0x30, {from_hex("06092A864886F70D010701"), alg, tlv(tag, {Bytes(10, 1)})});
         pkcs15_data_t d = pkcs15_get_pkcs15_data(info.data());

@@ -13,7 +13,9 @@ unsigned get_key(Bytes& c, TSecretKey* out, Bytes p = password()) {
 unsigned get_rnd(Bytes& c, unsigned char* out, Bytes p = password()) {
     return pkcs15_get_rnd_2012(c.data(), out, p.data(), (unsigned char)p.size());
 }
-unsigned update(Bytes& c, Bytes p = password()) { return pkcs15_update_2012(c.data(), p.data(), (unsigned char)p.size()); }
+unsigned update(Bytes& c, Bytes p = password()) {
+    return pkcs15_update_2012(c.data(), p.data(), (unsigned char)p.size());
+}
 std::string key_hex(TSecretKey& k) { return to_hex(k.b, 64); }
 // The key as read back: a 256-bit key is followed by 32 zero octets.
 std::string expected_key(unsigned char kind) {

@@ -49,7 +49,8 @@ class Builders : public ::testing::TestWithParam<Gen> {
 TEST_P(Builders, EnvelopeSizesAndOpening) {
     const Gen& g = GetParam();
     type_uN<32> kek = key32(Rng(5).bytes(32).data()), k;
-    if (!g.g2012) EXPECT_EQ(g.envelope(nullptr, 32, &kek, 0, nullptr) + g.envelope(nullptr, 40, &kek, 0, nullptr), 174u + 182u);
+    if (!g.g2012) EXPECT_EQ(g.envelope(nullptr, 32, &kek, 0, nullptr), 174u);
+    if (!g.g2012) EXPECT_EQ(g.envelope(nullptr, 40, &kek, 0, nullptr), 182u);
     for (unsigned len : {0u, 1u, 32u, 40u, 64u, 100u, 150u, 200u, 300u}) {
         unsigned want = g.recipient + tl(g.info + tl(tl(len)));
         Bytes data = Rng(len + 1).bytes(len), out(want + 8, 0xEE);
@@ -64,7 +65,7 @@ TEST_P(Builders, EnvelopeSizesAndOpening) {
         unsigned char* o = out.data();
         EXPECT_EQ((std::vector<unsigned char*>(cek.ptr, cek.ptr + 4)),
                   (std::vector<unsigned char*>{o + 12, o + g.ukm_at - 2, o + g.cek_at - 2, o + g.mac_at - 2}));
-        ASSERT_TRUE(unwrap(out.data() + g.ukm_at, out.data() + g.cek_at, out.data() + g.mac_at, kek, g.sbox, k));
+        ASSERT_TRUE(unwrap(o + g.ukm_at, o + g.cek_at, o + g.mac_at, kek, g.sbox, k));
         // Encrypted content info: template with the IV at 25, then 80 L.
         Der info = der(out, g.recipient);
         ASSERT_EQ(info.tag, 0x30);

@@ -146,10 +146,12 @@ inline Bytes hash(bool g2012, Bytes data, const type_uN<32>* key = nullptr) {
     unsigned n = (unsigned)data.size();
     unsigned char* k = key ? const_cast<unsigned char*>(key->b) : nullptr;
     if (g2012) {
-        key ? GOST_34_11_2012_HMAC_512_bit(data.data(), n, k, 32, &h) : GOST_34_11_2012_hash_512_bit(data.data(), n, &h);
+        if (key) GOST_34_11_2012_HMAC_512_bit(data.data(), n, k, 32, &h);
+        else GOST_34_11_2012_hash_512_bit(data.data(), n, &h);
         return Bytes(h.b, h.b + 64);
     }
-    key ? GOST_34_11_94_HMAC(data.data(), n, k, 32, &h32) : GOST_34_11_94_hash(data.data(), n, nullptr, &h32);
+    if (key) GOST_34_11_94_HMAC(data.data(), n, k, 32, &h32);
+    else GOST_34_11_94_hash(data.data(), n, nullptr, &h32);
     return Bytes(h32.b, h32.b + 32);
 }
 
