@@ -82,13 +82,16 @@ bool wants_help(int argc, char** argv, int first) {
     return false;
 }
 
-Bytes read_file(const std::string& path) {
+void read_chunks(const std::string& path,
+                 const std::function<void(unsigned char* p, size_t n, unsigned long long total)>& chunk) {
     int fd = path == "-" ? 0 : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) throw Error(path + ": " + std::strerror(errno));
-    Bytes out;
-    unsigned char buf[65536];
+    struct stat st;
+    unsigned long long total = 0;
+    if (::fstat(fd, &st) == 0 && S_ISREG(st.st_mode)) total = static_cast<unsigned long long>(st.st_size);
+    std::vector<unsigned char> buf(1 << 20);
     for (;;) {
-        ssize_t n = ::read(fd, buf, sizeof buf);
+        ssize_t n = ::read(fd, buf.data(), buf.size());
         if (n < 0) {
             if (errno == EINTR) continue;
             int e = errno;
@@ -96,9 +99,14 @@ Bytes read_file(const std::string& path) {
             throw Error(path + ": " + std::strerror(e));
         }
         if (n == 0) break;
-        out.insert(out.end(), buf, buf + n);
+        chunk(buf.data(), static_cast<size_t>(n), total);
     }
     if (fd) ::close(fd);
+}
+
+Bytes read_file(const std::string& path) {
+    Bytes out;
+    read_chunks(path, [&](unsigned char* p, size_t n, unsigned long long) { out.insert(out.end(), p, p + n); });
     return out;
 }
 

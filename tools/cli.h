@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <stdexcept>
@@ -42,6 +43,10 @@ Args parse(int argc, char** argv, int first, const std::vector<std::string>& wit
 bool wants_help(int argc, char** argv, int first);
 
 Bytes read_file(const std::string& path);          // "-" is stdin
+// Feeds a file ("-" is stdin) to `chunk` piece by piece; `total` is the file's
+// size when it is a regular file, else 0.
+void read_chunks(const std::string& path,
+                 const std::function<void(unsigned char* p, size_t n, unsigned long long total)>& chunk);
 std::string read_text(const std::string& path);
 // Writes through a temporary file in the same folder, then renames it over
 // the target, so that a failure never leaves a half-written file. Refuses to

@@ -64,30 +64,16 @@ void progress(const std::string& name, unsigned long long done, unsigned long lo
 }
 
 Bytes digest_file(const std::string& path, Alg alg) {
-    int fd = path == "-" ? 0 : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) throw Error(path + ": " + std::strerror(errno));
-    struct stat st;
-    unsigned long long total = 0;
-    if (::fstat(fd, &st) == 0 && S_ISREG(st.st_mode)) total = static_cast<unsigned long long>(st.st_size);
-    bool show = total >= (64ull << 20) && ::isatty(2);
     Hasher h(alg);
-    static unsigned char buf[1 << 20];
-    unsigned long long done = 0;
-    for (;;) {
-        ssize_t n = ::read(fd, buf, sizeof buf);
-        if (n < 0) {
-            if (errno == EINTR) continue;
-            int e = errno;
-            if (fd) ::close(fd);
-            throw Error(path + ": " + std::strerror(e));
-        }
-        if (n == 0) break;
-        h.write(buf, static_cast<unsigned>(n));
-        done += static_cast<unsigned long long>(n);
-        if (show) progress(path, done, total);
-    }
-    if (fd) ::close(fd);
-    if (show) progress(path, total, total);
+    unsigned long long done = 0, size = 0;
+    bool show = ::isatty(2);
+    cli::read_chunks(path, [&](unsigned char* p, size_t n, unsigned long long total) {
+        h.write(p, static_cast<unsigned>(n));
+        done += n;
+        size = total;
+        if (show && total >= (64ull << 20)) progress(path, done, total);
+    });
+    if (show && size >= (64ull << 20) && done != size) progress(path, size, size);  // clear the bar
     return h.end();
 }
 
