@@ -6,20 +6,12 @@
 #include <cstring>
 #include <vector>
 
+#include "bench_util.h"
 #include "PRNG.h"
 
 namespace {
 
-// Deterministic filler bytes (xorshift64*).
-std::vector<unsigned char> filler(size_t n, uint64_t seed) {
-    std::vector<unsigned char> b(n);
-    uint64_t s = seed * 0x9E3779B97F4A7C15ull + 1;
-    for (auto& c : b) {
-        s ^= s >> 12; s ^= s << 25; s ^= s >> 27;
-        c = static_cast<unsigned char>((s * 0x2545F4914F6CDD1Dull) >> 56);
-    }
-    return b;
-}
+using kb::filler;
 
 // This seed passes the self-test at the first attempt (checked against the
 // tests' model of the generator), so one iteration is one attempt.

@@ -104,6 +104,10 @@ void read_chunks(const std::string& path,
     if (fd) ::close(fd);
 }
 
+bool wants_sub_help(const std::string& sub, int argc, char** argv, int first) {
+    return sub.empty() || wants_help(argc, argv, first);
+}
+
 Bytes read_file(const std::string& path) {
     Bytes out;
     read_chunks(path, [&](unsigned char* p, size_t n, unsigned long long) { out.insert(out.end(), p, p + n); });

@@ -41,6 +41,8 @@ Args parse(int argc, char** argv, int first, const std::vector<std::string>& wit
            const std::vector<std::string>& flags);
 
 bool wants_help(int argc, char** argv, int first);
+// For commands with subcommands: no subcommand, or --help/-h anywhere.
+bool wants_sub_help(const std::string& sub, int argc, char** argv, int first);
 
 Bytes read_file(const std::string& path);          // "-" is stdin
 // Feeds a file ("-" is stdin) to `chunk` piece by piece; `total` is the file's

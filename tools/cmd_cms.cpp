@@ -56,7 +56,7 @@ namespace cmd {
 
 int cms(int argc, char** argv, int first) {
     std::string sub = first < argc ? argv[first] : "";
-    if (sub.empty() || sub == "--help" || sub == "-h" || cli::wants_help(argc, argv, first)) {
+    if (cli::wants_sub_help(sub, argc, argv, first)) {
         std::printf(
             "usage: korvex cms sign --key SOURCE --cert CERT [--detached] [--no-cert]\n"
             "                       [--attr OID:BASE64]... [--unsigned-attr OID:BASE64]...\n"

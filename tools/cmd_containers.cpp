@@ -125,17 +125,13 @@ int cryptopro(const std::string& sub, int argc, char** argv, int first) {
     throw Error("unknown cryptopro command '" + sub + "' (read, update)");
 }
 
-bool help(const std::string& sub, int argc, char** argv, int first) {
-    return sub.empty() || sub == "--help" || sub == "-h" || cli::wants_help(argc, argv, first);
-}
-
 }  // namespace
 
 namespace cmd {
 
 int pkcs15(int argc, char** argv, int first) {
     std::string sub = first < argc ? argv[first] : "";
-    if (help(sub, argc, argv, first)) {
+    if (cli::wants_sub_help(sub, argc, argv, first)) {
         std::printf(
             "usage: korvex pkcs15 create --key SOURCE -o OUT [--2012] [--usage N]\n"
             "       korvex pkcs15 read CONTAINER [--curve C] [-o KEY]\n"
@@ -155,7 +151,7 @@ int pkcs15(int argc, char** argv, int first) {
 
 int pkcs12(int argc, char** argv, int first) {
     std::string sub = first < argc ? argv[first] : "";
-    if (help(sub, argc, argv, first)) {
+    if (cli::wants_sub_help(sub, argc, argv, first)) {
         std::printf(
             "usage: korvex pkcs12 create --key SOURCE -o OUT\n"
             "       korvex pkcs12 open CONTAINER [--curve C] [-o KEY]\n"
@@ -171,7 +167,7 @@ int pkcs12(int argc, char** argv, int first) {
 
 int cryptopro(int argc, char** argv, int first) {
     std::string sub = first < argc ? argv[first] : "";
-    if (help(sub, argc, argv, first)) {
+    if (cli::wants_sub_help(sub, argc, argv, first)) {
         std::printf(
             "usage: korvex cryptopro read DIR [--cert CERT] [-o KEY]\n"
             "       korvex cryptopro update DIR\n\n"

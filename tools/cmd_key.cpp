@@ -86,7 +86,7 @@ namespace cmd {
 
 int key(int argc, char** argv, int first) {
     std::string sub = first < argc ? argv[first] : "";
-    if (sub.empty() || sub == "--help" || sub == "-h" || cli::wants_help(argc, argv, first)) {
+    if (cli::wants_sub_help(sub, argc, argv, first)) {
         std::printf(
             "usage: korvex key export SOURCE [-o KEY.pem] [--curve C] [--cert CERT] [--pass ...]\n"
             "       korvex key import KEY.pem -o OUT [--format pkcs15|pkcs15-2012|pkcs12|keyfile]\n"

@@ -86,7 +86,7 @@ namespace cmd {
 
 int x509(int argc, char** argv, int first) {
     std::string sub = first < argc ? argv[first] : "";
-    if (sub.empty() || sub == "--help" || sub == "-h" || cli::wants_help(argc, argv, first)) {
+    if (cli::wants_sub_help(sub, argc, argv, first)) {
         std::printf(
             "usage: korvex x509 show CERT [--issuer CERT]\n"
             "       korvex x509 selfsign --key KEY [--subject \"CN=..,O=..,C=RU\"] [--days N]\n"

@@ -35,6 +35,20 @@ bool is_dir(const std::string& p) {
     return ::stat(p.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
+// The key-file pairs present in a CryptoPro container folder, first key first.
+struct KeyFiles {
+    std::string which, primary, masks;
+};
+std::vector<KeyFiles> key_files(const std::string& dir) {
+    std::vector<KeyFiles> out;
+    for (std::string which : {"primary", "primary2"}) {
+        KeyFiles f{which, dir + "/" + which + ".key", dir + "/masks" + which.substr(7) + ".key"};
+        if (file_exists(f.primary) && file_exists(f.masks)) out.push_back(f);
+    }
+    if (out.empty()) throw Error(dir + ": no primary.key/masks.key pair");
+    return out;
+}
+
 Curve default_curve(const Args& a, bool is512) {
     if (a.has("--curve")) return curve_by_name(a.get("--curve"));
     return curve_by_name(is512 ? "512A" : "A");
@@ -191,11 +205,8 @@ CryptoProKey cryptopro_read(const std::string& dir, const std::string& cert_path
     unsigned sel = x_509_get_open_key_parametrs_ds(out.cert.data());
     if (sel == 0xFFFFFFFFu) throw Error("the certificate's key is not a GOST R 34.10-2001 key");
     int last = -1;
-    for (std::string which : {"primary", "primary2"}) {
-        std::string pf = dir + "/" + which + ".key";
-        std::string mf = dir + "/masks" + which.substr(7) + ".key";
-        if (!file_exists(pf) || !file_exists(mf)) continue;
-        Bytes primary = read_file(pf), masks = read_file(mf), mask_block(40);
+    for (const KeyFiles& f : key_files(dir)) {
+        Bytes primary = read_file(f.primary), masks = read_file(f.masks), mask_block(40);
         KeyPair k{};
         k.d.assign(32, 0);
         unsigned char r = CryptoPro_conteiner_get(primary.data(), masks.data(), out.cert.data(), mask_block.data(),
@@ -205,12 +216,11 @@ CryptoProKey cryptopro_read(const std::string& dir, const std::string& cert_path
             k.curve = {static_cast<unsigned char>(sel), false, sel == 0 ? "test" : std::string(1, "?ABC"[sel & 3])};
             k.q = public_of(k.curve, k.d);
             out.key = k;
-            out.which = which;
+            out.which = f.which;
             return out;
         }
         last = r;
     }
-    if (last < 0) throw Error(dir + ": no primary.key/masks.key pair");
     if (last == 8) throw Error("wrong password, or the certificate is not this container's", 3);
     throw Error("damaged CryptoPro container (code " + std::to_string(last) + ")", 4);
 }
@@ -219,19 +229,13 @@ void cryptopro_update(const std::string& dir, const std::string& pw) {
     if (pw.size() > CRYPTOPRO_MAX_PASSWORD_LEN)
         throw Error("CryptoPro passwords have at most " + std::to_string(CRYPTOPRO_MAX_PASSWORD_LEN) + " characters");
     seed_generator();
-    int done = 0;
-    for (std::string which : {"primary", "primary2"}) {
-        std::string pf = dir + "/" + which + ".key";
-        std::string mf = dir + "/masks" + which.substr(7) + ".key";
-        if (!file_exists(pf) || !file_exists(mf)) continue;
-        Bytes primary = read_file(pf), masks = read_file(mf);
+    for (const KeyFiles& f : key_files(dir)) {
+        Bytes primary = read_file(f.primary), masks = read_file(f.masks);
         unsigned char r = CryptoPro_conteiner_update(primary.data(), masks.data(), pw_ptr(pw), pw_len(pw));
-        if (r != 0) throw Error(which + ".key: update failed (code " + std::to_string(r) + ")", 4);
-        write_file(pf, primary, {}, 0600);
-        write_file(mf, masks, {}, 0600);
-        ++done;
+        if (r != 0) throw Error(f.which + ".key: update failed (code " + std::to_string(r) + ")", 4);
+        write_file(f.primary, primary, {}, 0600);
+        write_file(f.masks, masks, {}, 0600);
     }
-    if (!done) throw Error(dir + ": no primary.key/masks.key pair");
 }
 
 KeyPair load_private_key(const std::string& path, const Args& a) {
@@ -241,17 +245,11 @@ KeyPair load_private_key(const std::string& path, const Args& a) {
     const Curve* cp = curve ? &*curve : nullptr;
     switch (kind) {
         case Kind::keyfile: return read_key(path);
-        case Kind::pkcs15: {
-            Bytes c = read_file(path);
-            std::string pw = password(a, "Password for " + path + ": ");
-            KeyPair k = pkcs15_read(c, pw, cp);
-            wipe(pw);
-            return k;
-        }
+        case Kind::pkcs15:
         case Kind::pkcs12: {
             Bytes c = read_file(path);
             std::string pw = password(a, "Password for " + path + ": ");
-            KeyPair k = pkcs12_read(c, pw, cp);
+            KeyPair k = kind == Kind::pkcs15 ? pkcs15_read(c, pw, cp) : pkcs12_read(c, pw, cp);
             wipe(pw);
             return k;
         }
