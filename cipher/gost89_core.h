@@ -9,7 +9,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 
 namespace kx {
 

@@ -9,7 +9,7 @@
 #pragma GCC diagnostic ignored "-Wpsabi"
 
 #include "cipher/gost89_core.h"
-#include "encoding/cpu.h"
+#include "core/cpu.h"
 
 namespace kx {
 namespace {

@@ -1,7 +1,7 @@
 # Library sources: every .cpp under the subsystem folders. The memory routines
 # the compiler may call on its own (memcpy, memset, ...) live in *_runtime.cpp
 # and are built without builtins so that they do not call themselves.
-set(KORVEX_SUBSYSTEMS cipher hash ec rng encoding pki containers)
+set(KORVEX_SUBSYSTEMS core cipher hash ec rng encoding pki containers)
 set(KORVEX_SOURCES)
 set(KORVEX_RUNTIME_SOURCES)
 foreach(dir ${KORVEX_SUBSYSTEMS})

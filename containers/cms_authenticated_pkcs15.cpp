@@ -3,7 +3,7 @@
 // attributes and a digest of the encapsulated content.
 #include "CMS.h"
 #include "containers/pkcs15_internal.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 
 namespace kx {
 namespace p15 {

@@ -5,7 +5,7 @@
 #include "ASN1.h"
 #include "GOST_34_10_2001.h"
 #include "containers/cryptopro_format.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 #include "x_509.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include "containers/cryptopro_format.h"
 
 #include "GOST_34_11_94.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 
 namespace kx {
 namespace cryptopro {

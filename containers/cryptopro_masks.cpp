@@ -5,7 +5,7 @@
 #include "ASN1.h"
 #include "GOST_28147_89.h"
 #include "GOST_34_10_2001.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 
 namespace kx {
 namespace cryptopro {

@@ -6,7 +6,7 @@
 #include "GOST_34_10_2001.h"
 #include "PRNG.h"
 #include "containers/cryptopro_format.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 
 namespace {
 using namespace kx::cryptopro;

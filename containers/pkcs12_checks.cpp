@@ -3,7 +3,7 @@
 #include "pkcs12.h"
 
 #include "containers/pkcs12_fields.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 
 namespace {
 using namespace kx::p12;

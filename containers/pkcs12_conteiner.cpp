@@ -6,7 +6,7 @@
 #include "GOST_28147_89.h"
 #include "GOST_34_11_94.h"
 #include "containers/pkcs12_writer.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 #include "pkcs5.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include "pkcs12.h"
 
 #include "containers/pkcs12_fields.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 
 namespace {
 // Limit of the reader and of the length skip: the octet count is one byte.

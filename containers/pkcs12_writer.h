@@ -4,7 +4,7 @@
 #define KORVEX_CONTAINERS_PKCS12_WRITER_H
 
 #include "containers/pkcs12_fields.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 #include "pkcs12.h"
 
 namespace kx {

@@ -3,7 +3,7 @@
 // AuthenticatedData. Sizes are known in advance, so the token is written
 // front to back and the AuthenticatedData moves it into place.
 #include "containers/pkcs15_locate.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 #include "pkcs15.h"
 
 namespace kx {

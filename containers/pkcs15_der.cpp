@@ -3,7 +3,7 @@
 // its end. Writing goes through the library's DER primitives.
 #include "ASN1.h"
 #include "containers/pkcs15_internal.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 
 namespace kx {
 namespace p15 {

@@ -3,7 +3,7 @@
 // wrap of RFC 4357 and the content encrypted in CFB mode (RFC 4357 2.1).
 #include "GOST_28147_89.h"
 #include "containers/pkcs15_internal.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 
 namespace kx {
 namespace p15 {

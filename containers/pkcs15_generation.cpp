@@ -6,7 +6,7 @@
 #include "GOST_34_11_2012.h"
 #include "GOST_34_11_94.h"
 #include "PRNG.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 #include "pkcs5.h"
 
 namespace kx {

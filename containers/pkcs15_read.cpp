@@ -3,7 +3,7 @@
 // once its outer length is known to cover them; the 2012 generation is
 // walked element by element.
 #include "containers/pkcs15_locate.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 #include "pkcs15.h"
 
 namespace kx {

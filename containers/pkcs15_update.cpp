@@ -3,7 +3,7 @@
 // HMAC recomputed. All random octets are drawn before the container is
 // touched, so a failing generator leaves it as it was.
 #include "containers/pkcs15_locate.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 #include "pkcs15.h"
 
 namespace kx {

@@ -20,7 +20,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 
 namespace kx {
 namespace bn {

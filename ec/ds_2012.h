@@ -12,7 +12,7 @@
 
 #include "PRNG.h"
 #include "ec/bignum.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 
 namespace kx {
 namespace ec {

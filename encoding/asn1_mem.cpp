@@ -2,7 +2,7 @@
 // The format code uses these instead of any runtime routine; the direction of
 // each copy is part of its contract.
 #include "ASN1.h"
-#include "encoding/block_copy.h"
+#include "core/block_copy.h"
 
 #include <stdint.h>
 

@@ -1,7 +1,7 @@
 // CRC-32 (ISO-HDLC, IEEE 802.3): reflected polynomial 0xEDB88320, register
 // preset to all ones, complemented at the end.
 #include "CRC32.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 #include "encoding/crc32_table.h"
 
 namespace {

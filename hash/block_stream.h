@@ -6,7 +6,7 @@
 
 #include <stddef.h>
 
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 
 namespace kx {
 

@@ -3,7 +3,7 @@
 // id-GostR3411-94-CryptoProParamSet S-box (RFC 4357).
 #include "GOST_34_11_94.h"
 
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 #include "hash/block_stream.h"
 #include "hash/gost94_core.h"
 

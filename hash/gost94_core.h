@@ -6,7 +6,7 @@
 #include <stdint.h>
 
 #include "cipher/gost89_core.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 #include "hash/words.h"
 
 namespace kx {

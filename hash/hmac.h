@@ -7,7 +7,7 @@
 
 #include "GOST_34_11_2012.h"
 #include "GOST_34_11_94.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 
 namespace kx {
 namespace hmac {

@@ -2,7 +2,7 @@
 // exported building blocks of the compression function.
 #include "GOST_34_11_2012.h"
 
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 #include "hash/block_stream.h"
 #include "hash/streebog_core.h"
 

@@ -8,7 +8,7 @@
 
 #include <stdint.h>
 
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 #include "hash/streebog_tables.h"
 #include "hash/words.h"
 

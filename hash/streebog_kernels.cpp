@@ -1,7 +1,7 @@
 // The GOST R 34.11-2012 compression function, built twice: with SSE2 (every
 // x86-64 processor) and with AVX2, whose eight lanes take the L pass over all
 // eight words of a value at once. The processor is asked on first use.
-#include "encoding/cpu.h"
+#include "core/cpu.h"
 #include "hash/streebog_core.h"
 
 namespace kx {

@@ -6,7 +6,7 @@
 
 #include <stdint.h>
 
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 
 namespace kx {
 namespace words {

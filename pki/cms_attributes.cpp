@@ -5,7 +5,7 @@
 #include "ASN1.h"
 #include "Base64.h"
 #include "CMS.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 #include "pki/cms_templates.h"
 #include "pki/der_walk.h"
 

@@ -2,7 +2,7 @@
 // signer block and locating its parts.
 #include "ASN1.h"
 #include "CMS.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 #include "pki/cms_templates.h"
 #include "pki/der_walk.h"
 #include "pki/x509_key.h"

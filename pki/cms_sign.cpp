@@ -3,7 +3,7 @@
 #include "CMS.h"
 #include "GOST_34_10_2001.h"
 #include "GOST_34_11_94.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 #include "pki/der_walk.h"
 #include "pki/x509_key.h"
 

@@ -2,7 +2,7 @@
 // subject, serial number, validity and issuer, keyUsage, and the serial number
 // and validity texts (RFC 5280 4.1, 4.2.1.3).
 #include "ASN1.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 #include "pki/x509_key.h"
 #include "x_509.h"
 

@@ -1,6 +1,6 @@
 // Certificate public key, its GOST parameter set and the length helpers (RFC 5280 layout, RFC 4491 GOST keys).
 #include "ASN1.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 #include "pki/x509_key.h"
 #include "x_509.h"
 

@@ -2,7 +2,7 @@
 // digest of tbsCertificate (RFC 4491 2.2.2).
 #include "GOST_34_10_2001.h"
 #include "GOST_34_11_94.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 #include "pki/x509_key.h"
 #include "x_509.h"
 

@@ -1,7 +1,7 @@
 // Word-parallel counting for the generator's start-up test.
 #include "rng/bit_stats.h"
 
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 
 namespace kx {
 

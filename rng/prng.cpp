@@ -4,7 +4,7 @@
 // out, so the state never holds anything from which earlier output follows.
 #include "PRNG.h"
 #include "cipher/gost89_core.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 #include "rng/prng_state.h"
 
 namespace kx {

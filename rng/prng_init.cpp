@@ -1,7 +1,7 @@
 // Seeding and the start-up self-test: up to five attempts, each judging
 // 819,200 bits (100 fills of the 1024-byte test buffer with 32 outputs).
 #include "PRNG.h"
-#include "encoding/bytes.h"
+#include "core/bytes.h"
 #include "rng/bit_stats.h"
 #include "rng/prng_state.h"
 

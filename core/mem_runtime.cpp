@@ -6,7 +6,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "encoding/block_copy.h"
+#include "core/block_copy.h"
 
 #define KX_HIDDEN extern "C" __attribute__((visibility("hidden")))
 
