@@ -49,11 +49,6 @@ std::vector<KeyFiles> key_files(const std::string& dir) {
     return out;
 }
 
-Curve default_curve(const Args& a, bool is512) {
-    if (a.has("--curve")) return curve_by_name(a.get("--curve"));
-    return curve_by_name(is512 ? "512A" : "A");
-}
-
 }  // namespace
 
 Kind kind_of(const std::string& path) {

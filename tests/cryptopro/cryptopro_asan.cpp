@@ -84,7 +84,7 @@ TEST(CryptoProHostile, CorruptedOctets) {
 void find(const Bytes& header, size_t min) {
     auto buf = exact(header);
     unsigned char* p = CryptoPro_conteiner_get_certificate(buf.get());
-    if (p) EXPECT_TRUE(p >= buf.get() + min && p <= buf.get() + header.size()) << kt::to_hex(header);
+    if (p) { EXPECT_TRUE(p >= buf.get() + min && p <= buf.get() + header.size()) << kt::to_hex(header); }
 }
 
 TEST(CryptoProHostile, HeaderWithEveryOctetCorrupted) {

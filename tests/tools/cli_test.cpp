@@ -159,7 +159,7 @@ TEST_F(Cli, CipherRoundTripsInEveryMode) {
             ASSERT_EQ(korvex(std::string("enc -m ") + m + " " + key + iv + " -s Z -o ct plain").code, 0) << m;
             ASSERT_EQ(korvex(std::string("dec -m ") + m + " " + key + iv + " -s Z -o back ct").code, 0) << m;
             EXPECT_EQ(read("back"), data) << m << " " << n;
-            if (n) EXPECT_NE(read("ct"), data) << m;
+            if (n) { EXPECT_NE(read("ct"), data) << m; }
             size_t want = (std::string(m) == "ecb" || std::string(m) == "cbc") ? (n / 8 + 1) * 8 : n;
             EXPECT_EQ(read("ct").size(), want) << m;
         }
