@@ -190,6 +190,18 @@ TEST(Pkcs12Container, DamageGivesCodeAndWritesNothing) {
     EXPECT_FALSE(same(box, c.container, 153, 305));
     EXPECT_TRUE(same(box, c.container, 330, 362));
     EXPECT_EQ(2, open(box, c.password, nullptr, nullptr));
+    // Nor is the MAC's length octet: a long form there does not move the
+    // stored MAC past the MacData (the container ends at 372).
+    for (unsigned char len : {0x84, 0xA0, 0xFF}) {
+        std::vector<unsigned char> heap(c.container.begin(), c.container.end());
+        heap[329] = len;
+        auto exact = std::make_unique<unsigned char[]>(heap.size());
+        std::copy(heap.begin(), heap.end(), exact.get());
+        EXPECT_EQ(0, pkcs12_close_conteiner(aux.data(), c.pw(), c.n(), exact.get())) << int(len);
+        EXPECT_EQ(0, pkcs12_conteiner_change_pass(c.pw(), c.n(), c.pw(), c.n(), exact.get())) << int(len);
+        EXPECT_EQ(0, pkcs12_conteiner_check_MAC(c.pw(), c.n(), exact.get())) << int(len);
+        EXPECT_TRUE(std::equal(exact.get() + 362, exact.get() + 372, c.container.begin() + 362)) << int(len);
+    }
 }
 
 }  // namespace
