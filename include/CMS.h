@@ -90,7 +90,8 @@ KORVEX_API unsigned int CMS_sig_SignedAttr_hash(unsigned char* block, type_uN<32
 
 // Builds the ContentInfo: content (null for a detached signature), signer
 // block, the signer's certificate (embedded when includeCert is non-zero).
-// Returns the message size (also with null out), 0 on error.
+// Returns the message size (also with null out), 0 on error, and 0 when the
+// size would not fit in 32 bits.
 KORVEX_API unsigned int CMS_SignedData_create(unsigned char* content, unsigned int contentLen,
                                               unsigned char* block, unsigned int blockLen,
                                               unsigned char* cert, unsigned char includeCert,
@@ -117,7 +118,8 @@ KORVEX_API unsigned int CMS_SignedData_check_hash(unsigned char* signedAttrs, un
 // KEK recipient carrying the random MAC key, HMAC over the authenticated
 // attributes, digest of the content. GOST R 34.11-94 / CryptoPro-A, or
 // GOST R 34.11-2012 512-bit / param-Z for _2012. Returns the size (also with
-// null out); 0 on a malformed content or generator failure.
+// null out); 0 on a malformed content or generator failure, and 0 when the
+// size would not fit in 32 bits.
 KORVEX_API unsigned int CMS_AuthenticatedData_pkcs15_create(unsigned char* content, unsigned int len,
                                                             type_uN<32>* kek, unsigned int reserved,
                                                             unsigned char* out);

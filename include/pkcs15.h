@@ -49,8 +49,8 @@ struct pkcs15_KEK_t {
 // ---- Enveloped content (CMS EnvelopedData body, one KEK recipient) -------
 
 // Envelopes len octets of data under a fresh random CEK wrapped with kek.
-// Returns the octets written (also with null out); 0 on generator failure.
-// reserved is not used.
+// Returns the octets written (also with null out); 0 on generator failure,
+// and 0 when the size would not fit in 32 bits. reserved is not used.
 KORVEX_API unsigned int pkcs15_content_create(unsigned char* data, unsigned int len, type_uN<32>* kek,
                                               unsigned int reserved, unsigned char* out);
 KORVEX_API unsigned int pkcs15_content_create_2012(unsigned char* data, unsigned int len, type_uN<32>* kek,

@@ -235,6 +235,9 @@ TEST(CmsMessage, CreateRejects) {
     Bytes ok = seq({seq({tlv(0xA0, tlv(0x02, {2})), tlv(0x02, {1}), seq({}), seq({set({})})})});
     EXPECT_GT(size(content.data(), ok), 0u);
     EXPECT_EQ(size(nullptr, ok), 0u);
+    // A size past 2^32 - 1 is refused, not wrapped (the content is not read).
+    for (unsigned n : {0xFFFFFFF0u, 0xFFFFFFFFu})
+        EXPECT_EQ(CMS_SignedData_create(content.data(), n, bare.data(), 66, ok.data(), 1, nullptr), 0u) << n;
 }
 
 TEST(CmsMessage, ParseOptionalAndMissingParts) {
