@@ -118,7 +118,7 @@ int cryptopro(const std::string& sub, int argc, char** argv, int first) {
         return 0;
     }
     if (sub == "update") {
-        cli::cryptopro_update(a.pos[0], pw);
+        cli::cryptopro_update(a.pos[0], a.get("--cert"), pw);
         cli::wipe(pw);
         return 0;
     }
@@ -170,12 +170,13 @@ int cryptopro(int argc, char** argv, int first) {
     if (cli::wants_sub_help(sub, argc, argv, first)) {
         std::printf(
             "usage: korvex cryptopro read DIR [--cert CERT] [-o KEY]\n"
-            "       korvex cryptopro update DIR\n\n"
+            "       korvex cryptopro update DIR [--cert CERT]\n\n"
             "A CryptoPro container folder (header.key, primary.key, masks.key, and\n"
             "primary2.key, masks2.key when it holds a second key). read unmasks the\n"
             "key that matches the certificate (from --cert or header.key) and writes\n"
-            "it as a korvex key file; update re-masks the keys under fresh masks and\n"
-            "salts with the same password. Passwords have at most 12 characters.\n"
+            "it as a korvex key file; update first opens the key against the same\n"
+            "certificate (and refuses without one), then re-masks the keys under fresh\n"
+            "masks and salts with the same password. Passwords have at most 12 characters.\n"
             "Exit codes: 3 wrong password or foreign certificate, 4 damaged container.\n");
         return sub.empty() ? 2 : 0;
     }

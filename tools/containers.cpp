@@ -220,16 +220,24 @@ CryptoProKey cryptopro_read(const std::string& dir, const std::string& cert_path
     throw Error("damaged CryptoPro container (code " + std::to_string(last) + ")", 4);
 }
 
-void cryptopro_update(const std::string& dir, const std::string& pw) {
-    if (pw.size() > CRYPTOPRO_MAX_PASSWORD_LEN)
-        throw Error("CryptoPro passwords have at most " + std::to_string(CRYPTOPRO_MAX_PASSWORD_LEN) + " characters");
+void cryptopro_update(const std::string& dir, const std::string& cert_path, const std::string& pw) {
+    // The library's update re-masks whatever the password deciphers, so a
+    // wrong password would destroy the key: the key is first opened against
+    // the certificate (header.key's or --cert), and without one nothing is
+    // done. All files are re-masked in memory before any is written.
+    CryptoProKey check = cryptopro_read(dir, cert_path, pw);
+    wipe(check.key.d);
     seed_generator();
+    std::vector<std::pair<KeyFiles, std::pair<Bytes, Bytes>>> out;
     for (const KeyFiles& f : key_files(dir)) {
         Bytes primary = read_file(f.primary), masks = read_file(f.masks);
         unsigned char r = CryptoPro_conteiner_update(primary.data(), masks.data(), pw_ptr(pw), pw_len(pw));
         if (r != 0) throw Error(f.which + ".key: update failed (code " + std::to_string(r) + ")", 4);
-        write_file(f.primary, primary, {}, 0600);
-        write_file(f.masks, masks, {}, 0600);
+        out.push_back({f, {primary, masks}});
+    }
+    for (const auto& [f, files] : out) {
+        write_file(f.primary, files.first, {}, 0600);
+        write_file(f.masks, files.second, {}, 0600);
     }
 }
 

@@ -34,7 +34,7 @@ struct CryptoProKey {
     std::string which;  // "primary" or "primary2"
 };
 CryptoProKey cryptopro_read(const std::string& dir, const std::string& cert_path, const std::string& pw);
-void cryptopro_update(const std::string& dir, const std::string& pw);
+void cryptopro_update(const std::string& dir, const std::string& cert_path, const std::string& pw);
 
 // Any private-key source: a korvex key file or one of the containers (asking
 // for the password when it needs one). `a` gives --pass/--pass-file, --curve

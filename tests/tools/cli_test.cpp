@@ -347,7 +347,10 @@ TEST_F(Cli, CryptoProReadAndUpdate) {
         ASSERT_EQ(r.code, 0) << folder << r.err;
         EXPECT_NE(read("k").find("private = " + want), std::string::npos) << folder;
         std::string before = read(std::string(folder) + "/masks.key");
-        ASSERT_EQ(korvex(std::string("cryptopro update ") + folder + pass).code, 0) << folder;
+        // A wrong password is refused before anything is written.
+        EXPECT_EQ(korvex(std::string("cryptopro update ") + folder + " --cert owner.crt --pass pass:wrong").code, 3);
+        EXPECT_EQ(read(std::string(folder) + "/masks.key"), before);
+        ASSERT_EQ(korvex(std::string("cryptopro update ") + folder + " --cert owner.crt" + pass).code, 0) << folder;
         EXPECT_NE(read(std::string(folder) + "/masks.key"), before);
         ASSERT_EQ(korvex(std::string("cryptopro read ") + folder + " --cert owner.crt -o k2" + pass).code, 0);
         EXPECT_EQ(read("k2"), read("k"));
