@@ -64,7 +64,7 @@ int pkcs15(const std::string& sub, int argc, char** argv, int first) {
     if (sub == "update") {
         cli::pkcs15_renew(c, pw);
         cli::wipe(pw);
-        cli::write_file(a.pos[0], c, {}, 0600);
+        cli::write_file(a.pos[0], c, {}, 0600, cli::Overwrite::in_place);
         return 0;
     }
     throw Error("unknown pkcs15 command '" + sub + "' (create, read, update, info)");
@@ -100,7 +100,7 @@ int pkcs12(const std::string& sub, int argc, char** argv, int first) {
         cli::wipe(pw);
         cli::wipe(npw);
         if (r != 0) throw Error("password change failed (code " + std::to_string(r) + ")", 4);
-        cli::write_file(a.pos[0], c, {}, 0600);
+        cli::write_file(a.pos[0], c, {}, 0600, cli::Overwrite::in_place);
         return 0;
     }
     throw Error("unknown pkcs12 command '" + sub + "' (create, open, passwd)");

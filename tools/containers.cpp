@@ -236,8 +236,8 @@ void cryptopro_update(const std::string& dir, const std::string& cert_path, cons
         out.push_back({f, {primary, masks}});
     }
     for (const auto& [f, files] : out) {
-        write_file(f.primary, files.first, {}, 0600);
-        write_file(f.masks, files.second, {}, 0600);
+        write_file(f.primary, files.first, {}, 0600, Overwrite::in_place);
+        write_file(f.masks, files.second, {}, 0600, Overwrite::in_place);
     }
 }
 

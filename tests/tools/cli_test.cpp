@@ -156,8 +156,8 @@ TEST_F(Cli, CipherRoundTripsInEveryMode) {
         write("plain", data);
         for (const char* m : {"ecb", "ctr", "cfb", "cbc"}) {
             std::string iv = std::string(m) == "ecb" ? "" : " --iv 0102030405060708";
-            ASSERT_EQ(korvex(std::string("enc -m ") + m + " " + key + iv + " -s Z -o ct plain").code, 0) << m;
-            ASSERT_EQ(korvex(std::string("dec -m ") + m + " " + key + iv + " -s Z -o back ct").code, 0) << m;
+            ASSERT_EQ(korvex(std::string("enc -m ") + m + " " + key + iv + " -s Z -o ct --force plain").code, 0) << m;
+            ASSERT_EQ(korvex(std::string("dec -m ") + m + " " + key + iv + " -s Z -o back --force ct").code, 0) << m;
             EXPECT_EQ(read("back"), data) << m << " " << n;
             if (n) { EXPECT_NE(read("ct"), data) << m; }
             size_t want = (std::string(m) == "ecb" || std::string(m) == "cbc") ? (n / 8 + 1) * 8 : n;
@@ -186,6 +186,20 @@ TEST_F(Cli, CipherErrorsLeaveNoOutput) {
     EXPECT_NE(korvex("enc -m cbc " + key + " -s Q plain").code, 0);            // unknown S-box
     EXPECT_NE(korvex("enc -m ctr " + key + " -o plain plain").code, 0);        // would overwrite its input
     EXPECT_EQ(read("plain"), "hello");
+    // Outputs never replace an existing file without --force, nor a device,
+    // folder or symbolic link (nor its target) at all; -o - is standard output.
+    write("kept", "kept");
+    fs::create_directory(dir / "folder");
+    fs::create_symlink(dir / "kept", dir / "link");
+    for (std::string out : {"kept", "folder", "link", "/dev/null"})
+        EXPECT_EQ(korvex("enc -m ctr " + key + " -o " + out + " plain").code, 5) << out;
+    EXPECT_EQ(korvex("enc -m ctr " + key + " -o link --force plain").code, 5);
+    EXPECT_EQ(read("kept"), "kept");
+    EXPECT_TRUE(fs::is_symlink(dir / "link"));
+    EXPECT_TRUE(fs::is_character_file("/dev/null"));
+    EXPECT_EQ(korvex("enc -m ctr " + key + " -o kept --force plain").code, 0);
+    EXPECT_EQ(read("kept").size(), 5u);
+    EXPECT_EQ(korvex("enc -m ctr " + key + " -o - plain").out.size(), 5u);
     write("junk", std::string(16, 'j'));
     Result r = korvex("dec -m cbc " + key + " -o out junk");                       // padding cannot check out
     EXPECT_NE(r.code, 0);
@@ -196,8 +210,8 @@ TEST_F(Cli, CipherErrorsLeaveNoOutput) {
 TEST_F(Cli, SignAndVerifyOnEveryCurve) {
     write("doc", "a document");
     for (const char* c : {"A", "B", "C", "XA", "XB", "test", "512A", "512B"}) {
-        ASSERT_EQ(korvex(std::string("keygen --curve ") + c + " -o k --pub k.pub").code, 0) << c;
-        ASSERT_EQ(korvex("sign --key k -o sig doc").code, 0) << c;
+        ASSERT_EQ(korvex(std::string("keygen --curve ") + c + " -o k --pub k.pub --force").code, 0) << c;
+        ASSERT_EQ(korvex("sign --key k -o sig --force doc").code, 0) << c;
         EXPECT_EQ(read("sig").size(), std::string(c).rfind("512", 0) == 0 ? 128u : 64u);
         Result r = korvex("verify --pub k.pub --sig sig doc");
         EXPECT_EQ(r.code, 0) << c << r.out << r.err;
@@ -216,7 +230,7 @@ TEST_F(Cli, VerifiesOpenSslSignaturesFromFixtures) {
     for (auto [pem, sig] : {std::pair{"ossl-2001A.pem", "ossl-2001A.sig"}, std::pair{"ossl-512A.pem", "ossl-512A.sig"}}) {
         copy_fixture(pem);
         copy_fixture(sig);
-        ASSERT_EQ(korvex(std::string("key import ") + pem + " --format keyfile -o k").code, 0) << pem;
+        ASSERT_EQ(korvex(std::string("key import ") + pem + " --format keyfile -o k --force").code, 0) << pem;
         Result r = korvex(std::string("verify --key k --openssl --sig ") + sig + " doc.txt");
         EXPECT_EQ(r.code, 0) << pem << r.out << r.err;
         write("doc2.txt", "tampered");
@@ -289,19 +303,19 @@ TEST_F(Cli, Pkcs15ContainersBothGenerations) {
     make_identity();
     write("doc", "text");
     for (std::string gen : {"", " --2012"}) {
-        ASSERT_EQ(korvex("pkcs15 create --key id.key -o c.p15 " + std::string(kPass) + gen).code, 0) << gen;
+        ASSERT_EQ(korvex("pkcs15 create --key id.key --force -o c.p15 " + std::string(kPass) + gen).code, 0) << gen;
         Result r = korvex("pkcs15 info c.p15");
         EXPECT_NE(r.out.find(gen.empty() ? "2001 generation" : "2012 generation"), std::string::npos) << r.out;
-        r = korvex("pkcs15 read c.p15 -o back.key " + std::string(kPass));
+        r = korvex("pkcs15 read c.p15 --force -o back.key " + std::string(kPass));
         ASSERT_EQ(r.code, 0) << r.err;
         EXPECT_EQ(read("back.key"), read("id.key"));
         EXPECT_EQ(korvex("pkcs15 read c.p15 --pass pass:wrong").code, 3) << gen;
         std::string before = read("c.p15");
         ASSERT_EQ(korvex("pkcs15 update c.p15 " + std::string(kPass)).code, 0);
         EXPECT_NE(read("c.p15"), before);
-        ASSERT_EQ(korvex("pkcs15 read c.p15 -o again.key " + std::string(kPass)).code, 0);
+        ASSERT_EQ(korvex("pkcs15 read c.p15 --force -o again.key " + std::string(kPass)).code, 0);
         EXPECT_EQ(read("again.key"), read("id.key"));
-        EXPECT_EQ(korvex("cms sign --key c.p15 --cert id.crt -o d.p7s doc " + std::string(kPass)).code, 0);
+        EXPECT_EQ(korvex("cms sign --key c.p15 --cert id.crt --force -o d.p7s doc " + std::string(kPass)).code, 0);
         EXPECT_EQ(korvex("cms verify d.p7s").code, 0);
         std::string c = read("c.p15");
         write("trunc.p15", c.substr(0, c.size() / 2));
@@ -343,7 +357,7 @@ TEST_F(Cli, CryptoProReadAndUpdate) {
     std::string want = read_fixture("container.000/key.txt").substr(0, 64);
     for (auto [folder, pw] : {std::pair{"c0", "12345678"}, std::pair{"c1", "Qwerty"}}) {
         std::string pass = std::string(" --pass pass:") + pw;
-        Result r = korvex(std::string("cryptopro read ") + folder + " --cert owner.crt -o k" + pass);
+        Result r = korvex(std::string("cryptopro read ") + folder + " --cert owner.crt --force -o k" + pass);
         ASSERT_EQ(r.code, 0) << folder << r.err;
         EXPECT_NE(read("k").find("private = " + want), std::string::npos) << folder;
         std::string before = read(std::string(folder) + "/masks.key");
@@ -352,7 +366,7 @@ TEST_F(Cli, CryptoProReadAndUpdate) {
         EXPECT_EQ(read(std::string(folder) + "/masks.key"), before);
         ASSERT_EQ(korvex(std::string("cryptopro update ") + folder + " --cert owner.crt" + pass).code, 0) << folder;
         EXPECT_NE(read(std::string(folder) + "/masks.key"), before);
-        ASSERT_EQ(korvex(std::string("cryptopro read ") + folder + " --cert owner.crt -o k2" + pass).code, 0);
+        ASSERT_EQ(korvex(std::string("cryptopro read ") + folder + " --cert owner.crt --force -o k2" + pass).code, 0);
         EXPECT_EQ(read("k2"), read("k"));
         EXPECT_EQ(korvex(std::string("cryptopro read ") + folder + " --cert owner.crt --pass pass:wrong").code, 3);
     }
