@@ -45,8 +45,9 @@ int pkcs15(const std::string& sub, int argc, char** argv, int first) {
     cli::Args a = cli::parse(argc, argv, first, with(kPassOpts, {"-o", "--curve"}), {});
     if (a.pos.size() != 1) throw Error("name one container");
     Bytes c = cli::read_file(a.pos[0]);
+    cli::require_der(c, a.pos[0], true);
     if (sub == "info") {
-        unsigned v = c.empty() || c[0] != 0x30 ? 0 : pkcs15_get_version(c.data());
+        unsigned v = c[0] != 0x30 ? 0 : pkcs15_get_version(c.data());
         if (!v) throw Error(a.pos[0] + ": not a PKCS#15 container", 4);
         std::printf("PKCS#15 container, %s generation, %zu bytes\n", v == 1 ? "2001" : "2012", c.size());
         unsigned char* content = pkcs15_get_pkcs15content(c.data());

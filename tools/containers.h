@@ -12,6 +12,9 @@ namespace cli {
 
 enum class Kind { keyfile, pkcs15, pkcs12, cryptopro, unknown };
 Kind kind_of(const std::string& path);
+// Refuses (exit 4) a file whose outer DER element does not fit it (exact:
+// fills it); the library trusts that length.
+void require_der(const Bytes& b, const std::string& what, bool exact);
 const char* kind_name(Kind k);
 
 // PKCS#15: the container stores the key and a 40-byte seed, not the curve;

@@ -3,6 +3,7 @@
 // installed; committed fixtures from tests/vectors/tools cover the rest.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -406,3 +407,47 @@ TEST_F(Cli, DemoRunsEndToEnd) {
 }
 
 }  // namespace
+
+#ifdef KORVEX_ASAN_BIN
+// The program's readers under AddressSanitizer and UndefinedBehaviorSanitizer:
+// truncations and flipped octets of every kind of file it reads end in a
+// one-line error (exit 1, 3 or 4), never in a crash or a sanitizer report.
+TEST_F(Cli, HostileFilesUnderSanitizers) {
+    make_identity();
+    ASSERT_EQ(korvex("pkcs15 create --key id.key -o c.p15 " + std::string(kPass)).code, 0);
+    ASSERT_EQ(korvex("pkcs12 create --key id.key -o c.p12 " + std::string(kPass)).code, 0);
+    ASSERT_EQ(korvex("cms sign --key id.key --cert id.crt -o d.p7s id.crt").code, 0);
+    fs::copy(fixture("container.000"), dir / "cp");
+    copy_fixture("owner.crt");
+    const struct { const char* file; std::string command; } kinds[] = {
+        {"c.p15", "pkcs15 read c.p15 " + std::string(kPass)},
+        {"c.p12", "pkcs12 open c.p12 " + std::string(kPass)},
+        {"d.p7s", "cms verify d.p7s"},
+        {"id.crt", "x509 show id.crt"},
+        {"cp/primary.key", "cryptopro read cp --cert owner.crt --pass pass:12345678"},
+        {"cp/masks.key", "cryptopro read cp --cert owner.crt --pass pass:12345678"},
+        {"owner.crt", "cryptopro read cp --cert owner.crt --pass pass:12345678"},
+    };
+    const std::string run = "ASAN_OPTIONS=exitcode=99 UBSAN_OPTIONS=exitcode=99 " + quote(KORVEX_ASAN_BIN) + " ";
+    for (const auto& k : kinds) {
+        const std::string good = read(k.file);
+        ASSERT_EQ(sh(run + k.command).code, 0) << k.command;
+        std::vector<std::string> bad;
+        for (size_t n : {size_t(0), size_t(1), size_t(2), size_t(5), good.size() / 2, good.size() - 1})
+            bad.push_back(good.substr(0, n));
+        for (size_t at = 0; at < good.size(); at += 1 + good.size() / 12) {
+            std::string b = good;
+            b[at] ^= at < 4 ? 0x80 : 0x01;
+            bad.push_back(b);
+        }
+        for (const std::string& b : bad) {
+            write(k.file, b);
+            Result r = sh(run + k.command);
+            EXPECT_TRUE(r.code == 0 || r.code == 1 || r.code == 3 || r.code == 4) << k.command << " " << b.size()
+                                                                                   << ": " << r.code << r.err;
+            if (r.code >= 3) { EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << k.command << r.err; }
+        }
+        write(k.file, good);
+    }
+}
+#endif
