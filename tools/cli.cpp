@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "PRNG.h"
+#include "formats/pkcs8.h"
 
 namespace cli {
 
@@ -327,13 +328,10 @@ unsigned char sbox_by_name(const std::string& n) {
 }
 
 Curve curve_by_name(const std::string& n) {
-    static const std::map<std::string, Curve> names = {
-        {"A", {1, false, "A"}},     {"B", {2, false, "B"}},         {"C", {3, false, "C"}},
-        {"XA", {1, false, "XA"}},   {"XB", {3, false, "XB"}},       {"test", {0, false, "test"}},
-        {"512A", {1, true, "512A"}}, {"512B", {2, true, "512B"}}, {"512test", {0, true, "512test"}}};
-    auto it = names.find(n);
-    if (it == names.end()) throw Error("unknown curve '" + n + "' (A, B, C, XA, XB, test, 512A, 512B)");
-    return it->second;
+    const formats::CurveInfo* c = formats::find_curve(n);
+    if (!c) throw Error("unknown curve '" + n + "' (A, B, C, XA, XB, test, 512A, 512B, 512test, or an OID)", 2);
+    if (!c->supported) throw Error(std::string("the ") + c->title + " curve (" + c->oid + ") is not supported", 5);
+    return {c->sel, c->is512, c->name, c->oid};
 }
 
 static const char* b64 = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";

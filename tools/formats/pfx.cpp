@@ -368,6 +368,15 @@ struct Reader {
 
 }  // namespace
 
+bool pfx_detect(const Bytes& f) {
+    try {
+        auth_octets(f);
+        return true;
+    } catch (const Error&) {
+        return false;
+    }
+}
+
 Pfx pfx_read(const Bytes& f, const std::string& pw) {
     Bytes auth = auth_octets(f);
     const unsigned char* p = f.data();

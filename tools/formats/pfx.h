@@ -23,6 +23,9 @@ struct Pfx {
     std::string kind;          // "CryptoPro CSP" or "GOST PKCS#12"
 };
 
+// True when the file has the outer shape of a PKCS#12 v3 file.
+bool pfx_detect(const Bytes& file);
+
 // Opens the file with the password (UTF-8). Checks the MAC, every integrity
 // value of the key bag, and the key against its certificate. Errors: exit 3
 // for a wrong password, 4 for a damaged or unreadable file, 5 for what is
