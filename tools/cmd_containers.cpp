@@ -63,6 +63,7 @@ int pkcs15(const std::string& sub, int argc, char** argv, int first) {
         auto curve = curve_opt(a);
         cli::KeyPair k = cli::pkcs15_read(c, pw, curve.get());
         cli::wipe(pw);
+        if (a.has("--cert")) cli::match_cert(k, cli::load_cert(a.get("--cert")), true);
         print_key(k, a, a.pos[0]);
         return 0;
     }
@@ -93,12 +94,18 @@ int pkcs12(const std::string& sub, int argc, char** argv, int first) {
         auto curve = curve_opt(a);
         cli::KeyPair k = cli::pkcs12_read(c, pw, curve.get());
         cli::wipe(pw);
+        if (a.has("--cert")) cli::match_cert(k, cli::load_cert(a.get("--cert")), false);
         print_key(k, a, a.pos[0]);
         return 0;
     }
     if (sub == "passwd") {
-        cli::Curve any = cli::curve_by_name("A");  // the curve does not matter here
-        cli::pkcs12_read(c, pw, &any);             // refuses a wrong password before anything changes
+        // Refuses a wrong password before anything changes; the key's curve
+        // does not matter here (those refusals, exit 2, come after the check).
+        try {
+            cli::pkcs12_read(c, pw, nullptr);
+        } catch (const Error& e) {
+            if (e.code != 2) throw;
+        }
         std::string npw = cli::password_from(a.get("--new-pass"), a.get("--new-pass-file"), "New password: ", true);
         auto u = [](std::string& s) { return reinterpret_cast<unsigned char*>(s.data()); };
         unsigned char r = pkcs12_conteiner_change_pass(u(pw), static_cast<unsigned char>(pw.size()), u(npw),

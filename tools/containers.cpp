@@ -315,14 +315,18 @@ KeyPair load_private_key(const std::string& path, const Args& a) {
     }
     if (curve && (curve->sel != k.curve.sel || curve->is512 != k.curve.is512))
         throw Error(path + " holds a key on the " + k.curve.name + " curve, not " + curve->name, 2);
-    if (!cert.empty() && !k.d.empty()) {
-        try {
-            formats::check_against_cert(to_pkcs8(k), cert);
-        } catch (const formats::Error& e) {
-            throw Error(std::string(e.what()) + " (--cert)", 1);
-        }
-    }
+    if (!cert.empty() && !k.d.empty()) match_cert(k, cert, kind == Kind::pkcs15);
     return k;
+}
+
+void match_cert(KeyPair& k, const Bytes& cert, bool take_gen) {
+    formats::CertKey ck = formats::cert_key(cert);
+    if (take_gen && !k.curve.is512) k.gen = ck.gen;
+    try {
+        formats::check_against_cert(to_pkcs8(k), cert);
+    } catch (const formats::Error& e) {
+        throw Error(std::string(e.what()) + " (--cert)", 1);
+    }
 }
 
 }  // namespace cli

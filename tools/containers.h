@@ -43,6 +43,10 @@ void cryptopro_update(const std::string& dir, const std::string& pw);
 // file, else from --curve or the certificate of --cert; when none says it
 // the program stops. A key read with --cert is checked against it.
 KeyPair load_private_key(const std::string& path, const Args& a);
+// Checks k against the certificate (exit 1 on mismatch); with take_gen, a
+// 256-bit key (from a container that does not record its generation) takes
+// the certificate's.
+void match_cert(KeyPair& k, const Bytes& cert, bool take_gen);
 
 }  // namespace cli
 
