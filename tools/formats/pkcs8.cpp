@@ -137,12 +137,15 @@ PrivateKey pkcs8_decode(const unsigned char* der, size_t n) {
         if (q != pk + pklen) throw Error("private key: trailing bytes");
         if (in.is(V_ASN1_OCTET_STRING) && static_cast<size_t>(in.len) == w) {
             k.d.assign(in.p, in.end());
-        } else if (in.is(V_ASN1_INTEGER) && in.len > 0 && !(in.p[0] & 0x80)) {
-            const unsigned char* b = in.p;
-            while (b < in.end() && *b == 0) ++b;
-            if (static_cast<size_t>(in.end() - b) > w) throw Error("private key longer than its curve");
+        } else if (in.is(V_ASN1_INTEGER) && in.len > 0 && static_cast<size_t>(in.len) <= w + 1) {
+            // Big-endian, at most one leading sign octet; no branch on the
+            // key's own octets (only on the public length).
+            size_t len = static_cast<size_t>(in.len), extra = len > w ? len - w : 0;
+            unsigned char high = in.p[0] & 0x80;
+            for (size_t i = 0; i < extra; ++i) high |= in.p[i];
+            if (high) throw Error("private key longer than its curve, or negative");
             k.d.assign(w, 0);
-            std::reverse_copy(b, in.end(), k.d.begin());
+            std::reverse_copy(in.p + extra, in.end(), k.d.begin());
         } else {
             throw Error("private key of unexpected form or length");
         }
