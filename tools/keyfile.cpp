@@ -26,7 +26,7 @@ KeyPair from_pkcs8(const formats::PrivateKey& p) {
     k.curve = curve_by_name(p.curve_oid);
     k.gen = p.gen;
     k.d.assign(p.d.begin(), p.d.end());
-    k.q = public_of(k.curve, k.d);
+    k.q = formats::public_key(p);
     return k;
 }
 

@@ -109,9 +109,8 @@ void check_key(const PrivateKey& k) {
     if (c.is512 != (k.gen == Gen::gost2012_512))
         throw Error(std::string(gen_name(k.gen)) + " key on the " + c.title + " curve");
     if (k.d.size() != k.width()) throw Error("private key of unexpected length");
-    unsigned char any = 0;
-    for (unsigned char b : k.d) any |= b;
-    if (!any) throw Error("the private key is zero");
+    // A zero key shows as the point at infinity in public_key(): the key's
+    // own octets are never branched on.
 }
 
 PrivateKey pkcs8_decode(const unsigned char* der, size_t n) {
@@ -216,6 +215,7 @@ Bytes public_key(const PrivateKey& k) {
     Bytes q(2 * k.width());
     if (c.is512) GOST_34_10_2012_512_gen_open_key(as<64>(d.data()), as<128>(q.data()), c.sel);
     else GOST_34_10_2001_gen_open_key(as<32>(d.data()), as<64>(q.data()), c.sel);
+    if (q == Bytes(q.size(), 0)) throw Error("the private key is zero or a multiple of the curve order");
     return q;
 }
 

@@ -41,7 +41,7 @@ struct PrivateKey {
     const CurveInfo& curve() const { return curve_by_oid(curve_oid); }
 };
 
-// Checks generation, curve and length, and that d is not zero.
+// Checks generation, curve and length.
 void check_key(const PrivateKey& k);
 
 // A DER PrivateKeyInfo. The private key may be the raw little-endian octets
@@ -55,7 +55,8 @@ PrivateKey pkcs8_load(const Bytes& file);
 Secret pkcs8_encode(const PrivateKey& k);
 Secret pkcs8_pem(const PrivateKey& k);
 
-// The public key d*G, x then y little-endian (64 or 128 bytes).
+// The public key d*G, x then y little-endian (64 or 128 bytes); throws for
+// a zero key (the point at infinity).
 Bytes public_key(const PrivateKey& k);
 
 // The GOST public key of a DER certificate.
