@@ -109,6 +109,7 @@ const PfxRow kPfx[] = {
     {"ossl-g2012256.pfx", "Test123", "g2012256.key.pem", "g2012256.cert.pem", "GOST PKCS#12"},
     {"ossl-g2012512.pfx", "Test123", "g2012512.key.pem", "g2012512.cert.pem", "GOST PKCS#12"},
     {"ossl-mac256.pfx", "Test123", "g2012256.key.pem", "g2012256.cert.pem", "GOST PKCS#12"},
+    {"ossl-rc2.pfx", "", "g2012256.key.pem", "g2012256.cert.pem", "GOST PKCS#12"},
 };
 
 TEST(Pfx, ReadsCryptoProAndOpenSslFiles) {

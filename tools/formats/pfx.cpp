@@ -6,6 +6,7 @@
 #include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/pkcs12.h>
+#include <openssl/provider.h>
 #include <openssl/x509.h>
 
 #include "GOST_28147_89.h"
@@ -250,7 +251,10 @@ bool check_mac(PKCS12* p12, const Bytes& auth, const std::string& pw) {
     else {
         Own<ASN1_OBJECT, ASN1_OBJECT_free> o(oid_obj(oid.c_str()));
         if (!EVP_get_digestbyobj(o.get())) throw Error("PFX: MAC digest " + oid + " is not supported", kRefused);
-        if (!PKCS12_verify_mac(p12, pw.c_str(), static_cast<int>(pw.size()))) {
+        // An empty password is either no octets or an empty BMPString
+        // (RFC 7292 B.1 leaves it open); writers differ, so both are tried.
+        if (!PKCS12_verify_mac(p12, pw.c_str(), static_cast<int>(pw.size())) &&
+            !(pw.empty() && PKCS12_verify_mac(p12, nullptr, 0))) {
             ERR_clear_error();
             throw Error("wrong password (the PFX MAC does not match)", kWrongPassword);
         }
@@ -355,6 +359,7 @@ struct Reader {
                     ASN1_item_d2i(nullptr, &p, static_cast<long>(plain.size()), ASN1_ITEM_rptr(PKCS12_SAFEBAGS))));
             } else {
                 b.reset(PKCS12_unpack_p7encdata(p7, pw.c_str(), static_cast<int>(pw.size())));
+                if (!b && pw.empty()) b.reset(PKCS12_unpack_p7encdata(p7, nullptr, 0));
             }
             ERR_clear_error();
             if (!b) throw Error("cannot decrypt the certificate bag (" + alg_oid(ec->algorithm) + ")",
@@ -378,6 +383,11 @@ bool pfx_detect(const Bytes& f) {
 }
 
 Pfx pfx_read(const Bytes& f, const std::string& pw) {
+    // Older exports protect the certificates with RC2-40, which OpenSSL 3
+    // keeps in its legacy provider.
+    static const bool legacy = OSSL_PROVIDER_try_load(nullptr, "legacy", 1) != nullptr;
+    (void)legacy;
+    ERR_clear_error();
     Bytes auth = auth_octets(f);
     const unsigned char* p = f.data();
     Own<PKCS12, PKCS12_free> p12(d2i_PKCS12(nullptr, &p, static_cast<long>(f.size())));

@@ -14,6 +14,9 @@ done
 # Streebog-256 MAC, and the key's certificate behind a CA certificate.
 openssl pkcs12 -export -engine gost -inkey g2012256.key.pem -in <(cat pfx1.certs.pem g2012256.cert.pem) \
   -keypbe gost89 -certpbe gost89 -macalg md_gost12_256 -passout $pass -out ossl-mac256.pfx 2>/dev/null
+# Older habits: an empty password, RC2-40 certificate bag, SHA-1 MAC.
+openssl pkcs12 -export -engine gost -legacy -inkey g2012256.key.pem -in g2012256.cert.pem -keypbe gost89 \
+  -certpbe PBE-SHA1-RC2-40 -macalg sha1 -passout pass: -out ossl-rc2.pfx 2>/dev/null
 # Keys on curves the library lacks (refused by name).
 openssl genpkey -engine gost -algorithm gost2012_256 -pkeyopt paramset:TCA -out ossl-tc26a.key.pem 2>/dev/null
 openssl genpkey -engine gost -algorithm gost2012_512 -pkeyopt paramset:C -out ossl-512c.key.pem 2>/dev/null
