@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <vector>
 
+#include <openssl/x509.h>
+
 namespace formats {
 
 std::string oid_text(const ASN1_OBJECT* o) {
@@ -90,6 +92,25 @@ Bytes cat(std::initializer_list<Bytes> parts) {
     Bytes out;
     for (const Bytes& b : parts) out.insert(out.end(), b.begin(), b.end());
     return out;
+}
+
+// The DER parameters of an AlgorithmIdentifier, read back as one element.
+Bytes alg_params(const X509_ALGOR* alg, std::string& oid) {
+    const ASN1_OBJECT* obj = nullptr;
+    int ptype = 0;
+    const void* pval = nullptr;
+    X509_ALGOR_get0(&obj, &ptype, &pval, alg);
+    oid = oid_text(obj);
+    if (ptype != V_ASN1_SEQUENCE) return {};
+    const ASN1_STRING* s = static_cast<const ASN1_STRING*>(pval);
+    const unsigned char* p = ASN1_STRING_get0_data(s);
+    return Bytes(p, p + ASN1_STRING_length(s));
+}
+
+std::string alg_oid(const X509_ALGOR* alg) {
+    std::string oid;
+    alg_params(alg, oid);
+    return oid;
 }
 
 }  // namespace formats

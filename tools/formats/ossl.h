@@ -10,6 +10,7 @@
 
 #include <openssl/asn1.h>
 #include <openssl/objects.h>
+#include <openssl/types.h>
 
 #include "formats/error.h"
 
@@ -55,5 +56,10 @@ inline Bytes der_seq(const Bytes& content) { return der(V_ASN1_SEQUENCE, content
 Bytes der_oid(const char* dotted);
 Bytes der_int(long v);
 Bytes cat(std::initializer_list<Bytes> parts);
+
+// An AlgorithmIdentifier's OID, and its parameters as DER (empty unless a SEQUENCE).
+Bytes alg_params(const X509_ALGOR* alg, std::string& oid);
+std::string alg_oid(const X509_ALGOR* alg);
+inline Bytes bytes_of(const std::string& s) { return Bytes(s.begin(), s.end()); }
 
 }  // namespace formats

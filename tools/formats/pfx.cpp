@@ -9,8 +9,9 @@
 #include <openssl/provider.h>
 #include <openssl/x509.h>
 
-#include "GOST_28147_89.h"
+#include "formats/csp.h"
 #include "formats/gost.h"
+#include "formats/pbes2.h"
 #include "formats/ossl.h"
 
 namespace formats {
@@ -18,11 +19,6 @@ namespace formats {
 namespace {
 
 const char* kData = "1.2.840.113549.1.7.1";
-const char* kPbes2 = "1.2.840.113549.1.5.13";
-const char* kPbkdf2 = "1.2.840.113549.1.5.12";
-const char* kHmacStreebog512 = "1.2.643.7.1.1.4.2";
-const char* kGost89 = "1.2.643.2.2.21";
-const char* kParamZ = "1.2.643.7.1.2.5.1.1";
 const char* kCspPbe = "1.2.840.113549.1.12.1.80";
 const char* kStreebog512 = "1.2.643.7.1.1.2.3";
 const unsigned long kWriteIterations = 2048;
@@ -40,178 +36,6 @@ Bytes random_bytes(size_t n) {
         got += static_cast<size_t>(r);
     }
     return b;
-}
-
-Bytes bytes_of(const std::string& s) { return Bytes(s.begin(), s.end()); }
-
-// CryptoPro CSP hashes the password as UTF-16LE without a terminator.
-Secret utf16le(const std::string& pw) {
-    unsigned char* uni = nullptr;
-    int len = 0;
-    if (!OPENSSL_utf82uni(pw.data(), static_cast<int>(pw.size()), &uni, &len))
-        throw Error("the password is not valid UTF-8", kInvalid);
-    Secret out;
-    for (int i = 0; i < len - 2; i += 2) {  // BMPString: big-endian, 00 00 at the end
-        out.push_back(uni[i + 1]);
-        out.push_back(uni[i]);
-    }
-    OPENSSL_clear_free(uni, static_cast<size_t>(len));
-    return out;
-}
-
-unsigned char sbox_of(const std::string& oid) {
-    static const std::pair<const char*, unsigned char> sets[] = {
-        {"1.2.643.7.1.2.5.1.1", kSboxZ}, {"1.2.643.2.2.31.1", kSboxA}, {"1.2.643.2.2.31.2", 4},
-        {"1.2.643.2.2.31.3", 5},         {"1.2.643.2.2.31.4", 6}};
-    for (auto& s : sets)
-        if (oid == s.first) return s.second;
-    throw Error("unknown GOST 28147-89 parameter set " + oid, kRefused);
-}
-
-// The DER parameters of an AlgorithmIdentifier, read back as one element.
-Bytes params_of(const X509_ALGOR* alg, std::string& oid) {
-    const ASN1_OBJECT* obj = nullptr;
-    int ptype = 0;
-    const void* pval = nullptr;
-    X509_ALGOR_get0(&obj, &ptype, &pval, alg);
-    oid = oid_text(obj);
-    if (ptype != V_ASN1_SEQUENCE) return {};
-    const ASN1_STRING* s = static_cast<const ASN1_STRING*>(pval);
-    const unsigned char* p = ASN1_STRING_get0_data(s);
-    return Bytes(p, p + ASN1_STRING_length(s));
-}
-
-std::string alg_oid(const X509_ALGOR* alg) {
-    std::string oid;
-    params_of(alg, oid);
-    return oid;
-}
-
-// PBES2 with PBKDF2-HMAC-Streebog-512 and GOST 28147-89 CFB (RFC 9548 /
-// the GOST engine), or null when the PBES2 cipher is another one.
-struct GostPbes2 {
-    Bytes salt, iv;
-    long iterations = 0;
-    unsigned char sbox = kSboxZ;
-};
-bool gost_pbes2(const X509_ALGOR* alg, GostPbes2& out, const char* what) {
-    std::string oid;
-    Bytes p = params_of(alg, oid);
-    if (oid != kPbes2) return false;
-    const unsigned char* cur = p.data();
-    Tlv top = tlv_at(cur, p.data() + p.size(), what);
-    auto kids = tlv_children(top, what);
-    if (kids.size() != 2) throw Error(std::string(what) + ": bad PBES2 parameters");
-    auto kdf = tlv_children(kids[0], what), enc = tlv_children(kids[1], what);
-    if (enc.size() != 2 || tlv_oid(enc[0], what) != kGost89) return false;
-    if (kdf.size() != 2 || tlv_oid(kdf[0], what) != kPbkdf2) throw Error(std::string(what) + ": PBES2 without PBKDF2");
-    auto kp = tlv_children(kdf[1], what);
-    if (kp.size() < 2 || !kp[0].is(V_ASN1_OCTET_STRING)) throw Error(std::string(what) + ": bad PBKDF2 parameters");
-    out.salt = kp[0].value();
-    out.iterations = tlv_int(kp[1], what);
-    check_iterations(out.iterations, what);
-    size_t i = 2;
-    if (i < kp.size() && kp[i].is(V_ASN1_INTEGER) && tlv_int(kp[i++], what) != 32)
-        throw Error(std::string(what) + ": PBKDF2 key length is not 32", kRefused);
-    std::string prf = i < kp.size() ? tlv_oid(tlv_children(kp[i], what).at(0), what) : "HMAC-SHA1";
-    if (prf != kHmacStreebog512) throw Error(std::string(what) + ": PBKDF2 with PRF " + prf + " is not supported", kRefused);
-    auto ep = tlv_children(enc[1], what);
-    if (ep.empty() || !ep[0].is(V_ASN1_OCTET_STRING) || ep[0].len != 8)
-        throw Error(std::string(what) + ": bad GOST 28147-89 parameters");
-    out.iv = ep[0].value();
-    out.sbox = ep.size() > 1 ? sbox_of(tlv_oid(ep[1], what)) : kSboxA;
-    return true;
-}
-
-Secret gost_pbes2_crypt(bool decrypt, const GostPbes2& g, const std::string& pw, const unsigned char* data, size_t n) {
-    Secret key = pbkdf2(Hmac::streebog512, bytes_of(pw), g.salt, static_cast<unsigned long>(g.iterations), 32);
-    Secret out(data, data + n);
-    cfb_meshed(decrypt, out.data(), out.size(), key.data(), g.iv.data(), g.sbox);
-    return out;
-}
-
-Bytes gost_pbes2_alg(const GostPbes2& g) {
-    Bytes kdf = der_seq(cat({der_oid(kPbkdf2),
-                             der_seq(cat({der(V_ASN1_OCTET_STRING, g.salt), der_int(g.iterations),
-                                          der_seq(cat({der_oid(kHmacStreebog512), der(V_ASN1_NULL, {})}))}))}));
-    Bytes enc = der_seq(cat({der_oid(kGost89), der_seq(cat({der(V_ASN1_OCTET_STRING, g.iv), der_oid(kParamZ)}))}));
-    return der_seq(cat({der_oid(kPbes2), der_seq(cat({kdf, enc}))}));
-}
-
-// --- CryptoPro CSP's key bag ---------------------------------------------
-
-PrivateKey csp_key(const X509_ALGOR* alg, const ASN1_OCTET_STRING* ct, const std::string& pw, bool mac_checked) {
-    const char* what = "CryptoPro key bag";
-    std::string oid;
-    Bytes p = params_of(alg, oid);
-    const unsigned char* cur = p.data();
-    auto pp = tlv_children(tlv_at(cur, p.data() + p.size(), what), what);
-    if (pp.size() != 2 || !pp[0].is(V_ASN1_OCTET_STRING) || pp[0].len < 8) throw Error(std::string(what) + ": bad PBE parameters");
-    Bytes salt = pp[0].value();
-    long iterations = tlv_int(pp[1], what);
-    check_iterations(iterations, what);
-    Secret k = csp_pbe_key(utf16le(pw), salt, static_cast<unsigned long>(iterations));
-    Secret plain(ASN1_STRING_get0_data(ct), ASN1_STRING_get0_data(ct) + ASN1_STRING_length(ct));
-    cfb_meshed(true, plain.data(), plain.size(), k.data(), salt.data(), kSboxA);
-
-    const unsigned char* q = plain.data();
-    Own<PKCS8_PRIV_KEY_INFO, PKCS8_PRIV_KEY_INFO_free> p8(
-        d2i_PKCS8_PRIV_KEY_INFO(nullptr, &q, static_cast<long>(plain.size())));
-    if (!p8 || q != plain.data() + plain.size())
-        throw Error(mac_checked ? "damaged CryptoPro key bag" : "wrong password", mac_checked ? kDamaged : kWrongPassword);
-    const ASN1_OBJECT* aobj = nullptr;
-    const unsigned char* blob = nullptr;
-    int bloblen = 0;
-    PKCS8_pkey_get0(&aobj, &blob, &bloblen, nullptr, p8.get());
-    PrivateKey key;
-    key.gen = gen_of_alg(oid_text(aobj));
-    // A CryptoAPI PRIVATEKEYBLOB: 16-byte header, then the DER transport.
-    if (bloblen < 18 || blob[0] != 0x07 || Bytes(blob + 8, blob + 12) != Bytes{'M', 'A', 'G', '1'})
-        throw Error(std::string(what) + ": not a CryptoPro key blob");
-    unsigned ai = blob[4] | blob[5] << 8 | blob[6] << 16 | static_cast<unsigned>(blob[7]) << 24;
-    Gen blob_gen = ai == 0xAA46 ? Gen::gost2012_256 : ai == 0xAA42 ? Gen::gost2012_512 : ai == 0xAA24 ? Gen::gost2001 : key.gen;
-    if (blob_gen != key.gen || (ai != 0xAA46 && ai != 0xAA42 && ai != 0xAA24))
-        throw Error(std::string(what) + ": unknown key type " + std::to_string(ai));
-    cur = blob + 16;
-    Tlv top = tlv_at(cur, blob + bloblen, what);
-    auto outer = tlv_children(top, what);
-    if (cur != blob + bloblen || outer.size() != 2 || !outer[1].is(V_ASN1_OCTET_STRING) || outer[1].len != 4)
-        throw Error(std::string(what) + ": bad key blob");
-    auto tr = tlv_children(outer[0], what);
-    if (tr.size() != 3 || !tr[0].is(V_ASN1_OCTET_STRING) || tr[0].len != 8 || !tr[2].is(0, V_ASN1_CONTEXT_SPECIFIC))
-        throw Error(std::string(what) + ": bad key transport");
-    auto cek = tlv_children(tr[1], what);
-    if (cek.size() != 2 || !cek[0].is(V_ASN1_OCTET_STRING) || static_cast<size_t>(cek[0].len) != key.width() ||
-        !cek[1].is(V_ASN1_OCTET_STRING) || cek[1].len != 4)
-        throw Error(std::string(what) + ": bad wrapped key");
-    auto kp = tlv_children(tr[2], what);
-    if (kp.size() != 2 || !kp[1].is(0, V_ASN1_CONTEXT_SPECIFIC)) throw Error(std::string(what) + ": bad key parameters");
-    auto ka = tlv_children(kp[1], what);
-    if (ka.size() != 2) throw Error(std::string(what) + ": bad key parameters");
-    auto sets = tlv_children(ka[1], what);
-    if (sets.empty()) throw Error(std::string(what) + ": no curve");
-    key.curve_oid = tlv_oid(sets[0], what);
-    if (sets.size() > 1) key.digest = tlv_oid(sets[1], what);
-
-    const unsigned char* ukm = tr[0].p;
-    Secret kek = key.gen == Gen::gost2001 ? kek_diversify(k, ukm, kSboxA)
-                                          : kdf_2012_256(k, Bytes{0x26, 0xBD, 0xB8, 0x78}, tr[0].value());
-    key.d.assign(cek[0].p, cek[0].end());
-    GOST_28147_89_R_ECB(key.d.data(), static_cast<unsigned>(key.d.size()), reinterpret_cast<type_uN<32>*>(kek.data()),
-                        kSboxA);
-    // The key wrap's MAC (RFC 4357 6.1, IV = UKM), and for 2012-256 the MAC
-    // of the whole transport structure.
-    Bytes m = mac4(key.d.data(), key.d.size(), kek, ukm, kSboxA);
-    bool bad = CRYPTO_memcmp(m.data(), cek[1].p, 4) != 0;
-    if (key.gen == Gen::gost2012_256) {
-        Bytes t = outer[0].whole();
-        Bytes bm = mac4(t.data(), t.size(), kek, nullptr, kSboxA);
-        bad |= CRYPTO_memcmp(bm.data(), outer[1].p, 4) != 0;
-    }
-    if (bad) throw Error(std::string(what) + ": its MAC does not match (damaged file, or wrong password)",
-                         mac_checked ? kDamaged : kWrongPassword);
-    check_key(key);
-    return key;
 }
 
 // --- reading ---------------------------------------------------------------
@@ -323,10 +147,10 @@ struct Reader {
         X509_SIG_get0(sig, &alg, &ct);
         if (alg_oid(alg) == kCspPbe) {
             kind = "CryptoPro CSP";
-            return csp_key(alg, ct, pw, mac_ok);
+            return csp_key_bag(alg, ct, pw, mac_ok);
         }
         GostPbes2 g;
-        if (gost_pbes2(alg, g, "key bag")) {
+        if (gost_pbes2_params(alg, g, "key bag")) {
             Secret plain = gost_pbes2_crypt(true, g, pw, ASN1_STRING_get0_data(ct), static_cast<size_t>(ASN1_STRING_length(ct)));
             return decode(plain.data(), plain.size());
         }
@@ -352,7 +176,7 @@ struct Reader {
             if (!ec || !ec->algorithm || !ec->enc_data) throw Error("PFX: bad encrypted safe contents");
             GostPbes2 g;
             Bags b;
-            if (gost_pbes2(ec->algorithm, g, "certificate bag")) {
+            if (gost_pbes2_params(ec->algorithm, g, "certificate bag")) {
                 Secret plain = gost_pbes2_crypt(true, g, pw, ec->enc_data->data, static_cast<size_t>(ec->enc_data->length));
                 const unsigned char* p = plain.data();
                 b.reset(reinterpret_cast<STACK_OF(PKCS12_SAFEBAG)*>(

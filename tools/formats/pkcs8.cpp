@@ -53,15 +53,9 @@ type_uN<N>* as(unsigned char* p) {
 
 // The parameter-set OIDs of a GOST AlgorithmIdentifier: {curve[, digest[, cipher]]}.
 std::vector<std::string> gost_params(const X509_ALGOR* alg, std::string& alg_oid) {
-    const ASN1_OBJECT* obj = nullptr;
-    int ptype = 0;
-    const void* pval = nullptr;
-    X509_ALGOR_get0(&obj, &ptype, &pval, alg);
-    alg_oid = oid_text(obj);
-    if (ptype != V_ASN1_SEQUENCE) throw Error("GOST key without its parameter sets");
-    const ASN1_STRING* s = static_cast<const ASN1_STRING*>(pval);
-    const unsigned char* p = ASN1_STRING_get0_data(s);
-    const unsigned char* end = p + ASN1_STRING_length(s);
+    Bytes der = alg_params(alg, alg_oid);
+    if (der.empty()) throw Error("GOST key without its parameter sets");
+    const unsigned char *p = der.data(), *end = p + der.size();
     Tlv seq = tlv_at(p, end, "key parameters");
     std::vector<std::string> out;
     for (const Tlv& t : tlv_children(seq, "key parameters")) out.push_back(tlv_oid(t, "key parameters"));
