@@ -209,8 +209,11 @@ bool pfx_detect(const Bytes& f) {
 Pfx pfx_read(const Bytes& f, const std::string& pw) {
     // Older exports protect the certificates with RC2-40, which OpenSSL 3
     // keeps in its legacy provider.
-    static const bool legacy = OSSL_PROVIDER_try_load(nullptr, "legacy", 1) != nullptr;
-    (void)legacy;
+    struct Legacy {
+        OSSL_PROVIDER* p = OSSL_PROVIDER_try_load(nullptr, "legacy", 1);
+        ~Legacy() { OSSL_PROVIDER_unload(p); }
+    };
+    static const Legacy legacy;
     ERR_clear_error();
     Bytes auth = auth_octets(f);
     const unsigned char* p = f.data();
