@@ -54,7 +54,6 @@ std::vector<KeyFiles> key_files(const std::string& dir) {
     throw Error(std::string(what) + " does not record the key's curve: name it with --curve or --cert", 2);
 }
 
-
 }  // namespace
 
 Kind kind_of(const std::string& path) {
