@@ -318,6 +318,11 @@ TEST_F(Cli, Pkcs15ContainersBothGenerations) {
     EXPECT_EQ(sh("PW=secret $KORVEX pkcs15 read c512.p15 --curve 512B --pass env:PW -o y").code, 0);
     EXPECT_NE(korvex("pkcs15 read c512.p15 --curve 512A -o z < /dev/null").code, 0);  // no terminal to ask
     EXPECT_EQ(korvex("pkcs15 read c512.p15 --curve A " + std::string(kPass)).code, 2);  // a 512-bit key
+    // A curve-B key signs on curve B, its certificate naming the curve.
+    ASSERT_EQ(korvex("keygen --curve B -o kb && $KORVEX x509 selfsign --key kb -o kb.crt").code, 0);
+    ASSERT_EQ(korvex("pkcs15 create --key kb -o cb.p15 " + std::string(kPass)).code, 0);
+    ASSERT_EQ(korvex("sign --key cb.p15 --cert kb.crt -o s doc " + std::string(kPass)).code, 0);
+    EXPECT_EQ(korvex("verify --cert kb.crt --sig s doc").code, 0);
 }
 
 TEST_F(Cli, Pkcs12Containers) {
