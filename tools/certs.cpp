@@ -81,11 +81,7 @@ std::string subject_text(Bytes& cert, bool issuer) {
     return s;
 }
 
-std::string paramset_oid(const Curve& c) {
-    if (c.name == "XA") return "1.2.643.2.2.36.0";
-    if (c.name == "XB") return "1.2.643.2.2.36.1";
-    return "1.2.643.2.2.35." + std::to_string(c.sel);
-}
+std::string paramset_oid(const Curve& c) { return c.oid; }
 
 Bytes self_signed(const KeyPair& key, const CertRequest& req) {
     if (key.curve.is512) throw Error("self-signed certificates are made for GOST R 34.10-2001 (256-bit) keys");

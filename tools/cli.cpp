@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "PRNG.h"
+#include "formats/pkcs8.h"
 
 namespace cli {
 
@@ -342,60 +343,21 @@ unsigned char sbox_by_name(const std::string& n) {
 }
 
 Curve curve_by_name(const std::string& n) {
-    static const std::map<std::string, Curve> names = {
-        {"A", {1, false, "A"}},     {"B", {2, false, "B"}},         {"C", {3, false, "C"}},
-        {"XA", {1, false, "XA"}},   {"XB", {3, false, "XB"}},       {"test", {0, false, "test"}},
-        {"512A", {1, true, "512A"}}, {"512B", {2, true, "512B"}}, {"512test", {0, true, "512test"}}};
-    auto it = names.find(n);
-    if (it == names.end()) throw Error("unknown curve '" + n + "' (A, B, C, XA, XB, test, 512A, 512B)");
-    return it->second;
+    const formats::CurveInfo* c = formats::find_curve(n);
+    if (!c) throw Error("unknown curve '" + n + "' (A, B, C, XA, XB, test, 512A, 512B, 512test, or an OID)", 2);
+    if (!c->supported) throw Error(std::string("the ") + c->title + " curve (" + c->oid + ") is not supported", 5);
+    return {c->sel, c->is512, c->name, c->oid};
 }
 
-static const char* b64 = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-
-std::string pem_encode(const std::string& label, const Bytes& der) {
-    std::string body;
-    for (size_t i = 0; i < der.size(); i += 3) {
-        uint32_t v = der[i] << 16;
-        if (i + 1 < der.size()) v |= der[i + 1] << 8;
-        if (i + 2 < der.size()) v |= der[i + 2];
-        body += b64[v >> 18 & 63];
-        body += b64[v >> 12 & 63];
-        body += i + 1 < der.size() ? b64[v >> 6 & 63] : '=';
-        body += i + 2 < der.size() ? b64[v & 63] : '=';
-    }
-    std::string out = "-----BEGIN " + label + "-----\n";
-    for (size_t i = 0; i < body.size(); i += 64) out += body.substr(i, 64) + "\n";
-    return out + "-----END " + label + "-----\n";
-}
+// PEM armour through libcrypto (tools/formats).
+std::string pem_encode(const std::string& label, const Bytes& der) { return formats::pem_encode(label.c_str(), der); }
 
 Bytes pem_decode(const std::string& text, const std::string& label) {
-    std::string begin = "-----BEGIN " + label + "-----";
-    auto b = text.find(begin);
-    if (b == std::string::npos) {
-        if (!text.empty() && static_cast<unsigned char>(text[0]) == 0x30) return Bytes(text.begin(), text.end());
-        throw Error("no " + label + " found");
-    }
-    auto e = text.find("-----END " + label + "-----", b);
-    if (e == std::string::npos) throw Error("unterminated " + label);
-    Bytes out;
-    uint32_t acc = 0;
-    int bits = 0;
-    for (size_t i = b + begin.size(); i < e; ++i) {
-        char c = text[i];
-        const char* p = c ? std::strchr(b64, c) : nullptr;
-        if (!p) {
-            if (c == '=' || std::isspace(static_cast<unsigned char>(c))) continue;
-            throw Error("bad Base64 in " + label);
-        }
-        acc = acc << 6 | static_cast<uint32_t>(p - b64);
-        bits += 6;
-        if (bits >= 8) {
-            bits -= 8;
-            out.push_back(static_cast<unsigned char>(acc >> bits));
-        }
-    }
-    return out;
+    Bytes t(text.begin(), text.end());
+    std::vector<Bytes> blocks = formats::pem_decode_all(t, label.c_str());
+    if (!blocks.empty()) return blocks[0];
+    if (!t.empty() && t[0] == 0x30) return t;
+    throw Error("no " + label + " found", 4);
 }
 
 }  // namespace cli

@@ -87,11 +87,14 @@ inline void wipe(std::string& s) { wipe(s.data(), s.size()); }
 
 // Cipher S-box selector by name: A, B, C, D, Z, hash (or a number).
 unsigned char sbox_by_name(const std::string& n);
-// Curve selector: A, B, C, XA, XB, test (256-bit) or 512A, 512B, 512test.
+// Curve selector: A, B, C, XA, XB, test (256-bit) or 512A, 512B, 512test,
+// TC26-256-B/C/D, or a parameter-set OID. The library's missing curves
+// (TC26 256-bit paramSetA, 512-bit paramSetC) are refused by name (exit 5).
 struct Curve {
     unsigned char sel;
     bool is512;
     std::string name;
+    std::string oid;  // the parameter-set OID
 };
 Curve curve_by_name(const std::string& n);
 

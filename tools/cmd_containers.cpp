@@ -4,6 +4,7 @@
 
 #include "cli.h"
 #include "commands.h"
+#include "certs.h"
 #include "containers.h"
 #include "pkcs12.h"
 #include "pkcs15.h"
@@ -21,13 +22,17 @@ std::vector<std::string> with(std::vector<std::string> v, const std::vector<std:
 }
 
 void print_key(const cli::KeyPair& k, const cli::Args& a, const std::string& src) {
-    std::string text = cli::format_key(k, true);
+    std::string text = cli::private_pem(k);
     cli::write_file(a.get("-o", "-"), text, {src}, 0600);
     cli::wipe(text);
 }
 
+// The curve named by --curve or by the certificate of --cert.
 std::unique_ptr<cli::Curve> curve_opt(const cli::Args& a) {
-    return a.has("--curve") ? std::make_unique<cli::Curve>(cli::curve_by_name(a.get("--curve"))) : nullptr;
+    if (a.has("--curve")) return std::make_unique<cli::Curve>(cli::curve_by_name(a.get("--curve")));
+    if (a.has("--cert"))
+        return std::make_unique<cli::Curve>(cli::curve_by_name(formats::cert_key(cli::load_cert(a.get("--cert"))).curve_oid));
+    return nullptr;
 }
 
 int pkcs15(const std::string& sub, int argc, char** argv, int first) {
@@ -42,7 +47,7 @@ int pkcs15(const std::string& sub, int argc, char** argv, int first) {
         cli::write_file(a.need("-o"), c, {a.get("--key")}, 0600);
         return 0;
     }
-    cli::Args a = cli::parse(argc, argv, first, with(kPassOpts, {"-o", "--curve"}), {});
+    cli::Args a = cli::parse(argc, argv, first, with(kPassOpts, {"-o", "--curve", "--cert"}), {});
     if (a.pos.size() != 1) throw Error("name one container");
     Bytes c = cli::read_file(a.pos[0]);
     cli::require_der(c, a.pos[0], true);
@@ -59,6 +64,7 @@ int pkcs15(const std::string& sub, int argc, char** argv, int first) {
         auto curve = curve_opt(a);
         cli::KeyPair k = cli::pkcs15_read(c, pw, curve.get());
         cli::wipe(pw);
+        if (a.has("--cert")) cli::match_cert(k, cli::load_cert(a.get("--cert")), true);
         print_key(k, a, a.pos[0]);
         return 0;
     }
@@ -81,7 +87,7 @@ int pkcs12(const std::string& sub, int argc, char** argv, int first) {
         cli::write_file(a.need("-o"), c, {a.get("--key")}, 0600);
         return 0;
     }
-    cli::Args a = cli::parse(argc, argv, first, with(kPassOpts, {"-o", "--curve", "--new-pass", "--new-pass-file"}), {});
+    cli::Args a = cli::parse(argc, argv, first, with(kPassOpts, {"-o", "--curve", "--cert", "--new-pass", "--new-pass-file"}), {});
     if (a.pos.size() != 1) throw Error("name one container");
     Bytes c = cli::read_file(a.pos[0]);
     std::string pw = cli::password(a, "Password for " + a.pos[0] + ": ");
@@ -89,11 +95,18 @@ int pkcs12(const std::string& sub, int argc, char** argv, int first) {
         auto curve = curve_opt(a);
         cli::KeyPair k = cli::pkcs12_read(c, pw, curve.get());
         cli::wipe(pw);
+        if (a.has("--cert")) cli::match_cert(k, cli::load_cert(a.get("--cert")), false);
         print_key(k, a, a.pos[0]);
         return 0;
     }
     if (sub == "passwd") {
-        cli::pkcs12_read(c, pw, nullptr);  // refuses a wrong password before anything changes
+        // Refuses a wrong password before anything changes; the key's curve
+        // does not matter here (those refusals, exit 2, come after the check).
+        try {
+            cli::pkcs12_read(c, pw, nullptr);
+        } catch (const Error& e) {
+            if (e.code != 2) throw;
+        }
         std::string npw = cli::password_from(a.get("--new-pass"), a.get("--new-pass-file"), "New password: ", true);
         auto u = [](std::string& s) { return reinterpret_cast<unsigned char*>(s.data()); };
         unsigned char r = pkcs12_conteiner_change_pass(u(pw), static_cast<unsigned char>(pw.size()), u(npw),
@@ -135,13 +148,14 @@ int pkcs15(int argc, char** argv, int first) {
     if (cli::wants_sub_help(sub, argc, argv, first)) {
         std::printf(
             "usage: korvex pkcs15 create --key SOURCE -o OUT [--2012] [--usage N]\n"
-            "       korvex pkcs15 read CONTAINER [--curve C] [-o KEY]\n"
+            "       korvex pkcs15 read CONTAINER (--curve C | --cert CERT) [-o KEY.pem]\n"
             "       korvex pkcs15 update CONTAINER\n"
             "       korvex pkcs15 info CONTAINER\n\n"
             "PKCS#15 key containers protected by a password (PBKDF2, GOST 28147-89).\n"
             "create stores the private key of a key file or other container (512-bit\n"
-            "keys always in the 2012 generation); read writes it as a korvex key file\n"
-            "(the container does not record the curve: --curve, default A or 512A);\n"
+            "and 2012 keys always in the 2012 generation); read writes it as PKCS#8\n"
+            "PEM (the container does not record the curve: name it with --curve or\n"
+            "--cert);\n"
             "update renews the container's salts, keys and IVs in place.\n"
             "Passwords: --pass env:VAR | pass:TEXT, --pass-file FILE, or a prompt.\n"
             "Exit codes: 3 wrong password, 4 damaged container.\n");
@@ -155,10 +169,11 @@ int pkcs12(int argc, char** argv, int first) {
     if (cli::wants_sub_help(sub, argc, argv, first)) {
         std::printf(
             "usage: korvex pkcs12 create --key SOURCE -o OUT\n"
-            "       korvex pkcs12 open CONTAINER [--curve C] [-o KEY]\n"
+            "       korvex pkcs12 open CONTAINER [--curve C | --cert CERT] [-o KEY.pem]\n"
             "       korvex pkcs12 passwd CONTAINER [--new-pass SPEC | --new-pass-file FILE]\n\n"
             "The library's 372-byte PKCS#12 container for a 256-bit key. open writes\n"
-            "the key as a korvex key file; passwd re-enciphers it under a new password.\n"
+            "the key as PKCS#8 PEM (containers made before the curve was recorded need\n"
+            "--curve or --cert); passwd re-enciphers it under a new password.\n"
             "Passwords: --pass env:VAR | pass:TEXT, --pass-file FILE, or a prompt.\n"
             "Exit codes: 3 wrong password, 4 damaged container.\n");
         return sub.empty() ? 2 : 0;
@@ -175,7 +190,7 @@ int cryptopro(int argc, char** argv, int first) {
             "A CryptoPro container folder (header.key, primary.key, masks.key, and\n"
             "primary2.key, masks2.key when it holds a second key). read unmasks the\n"
             "key that matches the certificate (from --cert or header.key) and writes\n"
-            "it as a korvex key file; update first opens the key against the same\n"
+            "it as PKCS#8 PEM; update first opens the key against the same\n"
             "certificate (and refuses without one), then re-masks the keys under fresh\n"
             "masks and salts with the same password. Passwords have at most 12 characters.\n"
             "Exit codes: 3 wrong password or foreign certificate, 4 damaged container.\n");

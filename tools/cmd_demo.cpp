@@ -61,7 +61,7 @@ int demo(int argc, char** argv, int first) {
             " bytes) under password '" + password + "'");
 
         cli::Bytes stored = cli::read_file(dir + "/demo.p15");
-        cli::KeyPair reopened = cli::pkcs15_read(stored, password, nullptr);
+        cli::KeyPair reopened = cli::pkcs15_read(stored, password, &key.curve);
         bool same = reopened.d == key.d;
         say(std::string("container reopened: ") + (same ? "same private key" : "A DIFFERENT KEY"));
         if (!same) rc = 1;

@@ -11,7 +11,7 @@
 #include "commands.h"
 #include "containers.h"
 #include "keyfile.h"
-#include "x_509.h"
+#include "certs.h"
 
 namespace {
 
@@ -27,35 +27,26 @@ Bytes file_hash(const std::string& path, const cli::KeyPair& k, const std::strin
     unsigned char* p = data.empty() ? nullptr : data.data();
     unsigned n = static_cast<unsigned>(data.size());
     if (k.curve.is512) {
-        if (!alg.empty() && alg != "streebog512") throw Error("512-bit keys sign Streebog-512 hashes");
+        if (!alg.empty() && alg != "streebog512") throw Error("512-bit keys sign Streebog-512 hashes", 2);
         Bytes h(64);
         GOST_34_11_2012_hash_512_bit(p, n, reinterpret_cast<type_uN<64>*>(h.data()));
         return h;
     }
     Bytes h(32);
-    if (alg.empty() || alg == "gost94") GOST_34_11_94_hash(p, n, nullptr, reinterpret_cast<type_uN<32>*>(h.data()));
-    else if (alg == "streebog256") GOST_34_11_2012_hash_256_bit(p, n, reinterpret_cast<type_uN<32>*>(h.data()));
-    else throw Error("unknown hash '" + alg + "' (gost94, streebog256)");
+    std::string a = alg.empty() ? (k.is2012() ? "streebog256" : "gost94") : alg;
+    if (a == "gost94") GOST_34_11_94_hash(p, n, nullptr, reinterpret_cast<type_uN<32>*>(h.data()));
+    else if (a == "streebog256") GOST_34_11_2012_hash_256_bit(p, n, reinterpret_cast<type_uN<32>*>(h.data()));
+    else throw Error("unknown hash '" + alg + "' (gost94, streebog256)", 2);
     return h;
 }
 
 cli::KeyPair key_from_cert(const std::string& path) {
-    Bytes cert = cli::pem_decode(cli::read_text(path), "CERTIFICATE");
-    unsigned char* q = x_509_get_open_key(cert.data());
-    unsigned sel = x_509_get_open_key_parametrs_ds(cert.data());
+    formats::CertKey ck = formats::cert_key(cli::load_cert(path));
     cli::KeyPair k{};
-    if (q && sel != 0xFFFFFFFFu) {
-        k.curve = {static_cast<unsigned char>(sel), false, "cert"};
-        k.q.assign(q, q + 64);
-        return k;
-    }
-    unsigned sel512 = x_509_get_open_key_parametrs_ds_512bit(cert.data());
-    if (q && sel512 != 0xFFFFFFFFu) {
-        k.curve = {static_cast<unsigned char>(sel512), true, "cert"};
-        k.q.assign(q, q + 128);
-        return k;
-    }
-    throw Error(path + ": no GOST R 34.10 public key found");
+    k.curve = cli::curve_by_name(ck.curve_oid);
+    k.gen = ck.gen;
+    k.q = ck.q;
+    return k;
 }
 
 // OpenSSL's GOST engine writes s then r, each big-endian, at both widths.
@@ -90,18 +81,22 @@ namespace cmd {
 int keygen(int argc, char** argv, int first) {
     if (cli::wants_help(argc, argv, first)) {
         std::printf(
-            "usage: korvex keygen --curve A|B|C|XA|XB|test|512A|512B [-o KEY] [--pub PUB]\n\n"
+            "usage: korvex keygen --curve A|B|C|XA|XB|test|512A|512B [--alg ALG] [-o KEY.pem]\n"
+            "                     [--pub PUB]\n\n"
             "Makes a GOST R 34.10 key pair with the library's generator (seeded from\n"
-            "getrandom) and writes a korvex key file (mode 0600), and the public key\n"
-            "alone to PUB if asked. The file holds little-endian hex values.\n");
+            "getrandom) and writes the private key as PKCS#8 PEM (mode 0600; openssl\n"
+            "pkey -engine gost loads it), and the public key alone to PUB (a korvex\n"
+            "key file) if asked. ALG: gost2001 (default on 256-bit curves),\n"
+            "gost2012_256, gost2012_512 (512-bit curves).\n");
         return 0;
     }
-    cli::Args a = cli::parse(argc, argv, first, {"--curve", "-o", "--pub"}, {});
-    if (!a.pos.empty()) throw Error("unexpected argument " + a.pos[0]);
+    cli::Args a = cli::parse(argc, argv, first, {"--curve", "-o", "--pub", "--alg"}, {});
+    if (!a.pos.empty()) throw Error("unexpected argument " + a.pos[0], 2);
     cli::Curve c = cli::curve_by_name(a.need("--curve"));
+    formats::Gen g = a.has("--alg") ? cli::gen_by_name(a.get("--alg"), c) : cli::gen_for(c, false);
     cli::seed_generator();
-    cli::KeyPair k = cli::generate_key(c);
-    std::string text = cli::format_key(k, true);
+    cli::KeyPair k = cli::generate_key(c, g != formats::Gen::gost2001);
+    std::string text = cli::private_pem(k);
     cli::write_file(a.get("-o", "-"), text, {}, 0600);
     cli::wipe(text);
     if (a.has("--pub")) cli::write_file(a.get("--pub"), cli::format_key(k, false));
@@ -113,13 +108,16 @@ int sign(int argc, char** argv, int first) {
         std::printf(
             "usage: korvex sign --key SOURCE [--hash gost94|streebog256] [--hex] [--openssl]\n"
             "                   [-o SIG] FILE\n\n"
-            "Signs the hash of FILE: GOST R 34.11-94 by default on 256-bit curves\n"
-            "(GOST R 34.10-2001), Streebog-512 on 512-bit curves. The signature is\n"
+            "Signs the hash of FILE: GOST R 34.11-94 for GOST R 34.10-2001 keys,\n"
+            "Streebog-256 for 2012 256-bit keys, Streebog-512 on 512-bit curves. The\n"
+            "signature is\n"
             "written in the library's layout: 64 bytes (s then r, each big-endian, as\n"
             "RFC 4490) or 128 bytes for 512-bit keys; --hex writes it as hex text.\n"
             "--openssl writes the layout of OpenSSL's GOST engine instead (s then r,\n"
             "big-endian; it differs from the library's for 512-bit keys). The key\n"
-            "comes from a korvex key file or a container (asks for its password).\n");
+            "comes from a PKCS#8 file, a PFX, a container (asks for its password) or\n"
+            "a korvex key file; containers that do not record the curve need --curve\n"
+            "or --cert.\n");
         return 0;
     }
     cli::Args a = cli::parse(argc, argv, first, {"--key", "--hash", "-o", "--pass", "--pass-file", "--curve", "--cert"},

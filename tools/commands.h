@@ -21,6 +21,7 @@ int pkcs15(int argc, char** argv, int first);
 int pkcs12(int argc, char** argv, int first);
 int cryptopro(int argc, char** argv, int first);
 int key(int argc, char** argv, int first);
+int pfx(int argc, char** argv, int first);
 int demo(int argc, char** argv, int first);
 
 }  // namespace cmd

@@ -6,6 +6,7 @@
 #include "CryptoPro.h"
 #include "PRNG.h"
 #include "certs.h"
+#include "formats/pfx.h"
 #include "pkcs12.h"
 #include "pkcs15.h"
 #include "x_509.h"
@@ -72,6 +73,10 @@ void check_key_files(const KeyFiles& f, const Bytes& primary, const Bytes& masks
         throw Error(f.masks + ": truncated or damaged (not 56 octets of DER)", 4);
 }
 
+[[noreturn]] void no_curve(const char* what) {
+    throw Error(std::string(what) + " does not record the key's curve: name it with --curve or --cert", 2);
+}
+
 }  // namespace
 
 void require_der(const Bytes& b, const std::string& what, bool exact) {
@@ -82,6 +87,8 @@ Kind kind_of(const std::string& path) {
     if (is_dir(path)) return file_exists(path + "/primary.key") ? Kind::cryptopro : Kind::unknown;
     Bytes b = read_file(path);
     if (b.empty()) return Kind::unknown;
+    if (formats::pkcs8_detect(b)) return Kind::pkcs8;
+    if (formats::pfx_detect(b)) return Kind::pfx;
     if (b[0] == '#' || (b.size() > 6 && std::string(b.begin(), b.begin() + 6) == "curve ")) return Kind::keyfile;
     if (b.size() == PKCS12_CONTEINER_SIZE) {
         unsigned char* p = b.data();
@@ -94,6 +101,8 @@ Kind kind_of(const std::string& path) {
 const char* kind_name(Kind k) {
     switch (k) {
         case Kind::keyfile: return "korvex key file";
+        case Kind::pkcs8: return "PKCS#8 private key";
+        case Kind::pfx: return "PFX (PKCS#12) file";
         case Kind::pkcs15: return "PKCS#15 container";
         case Kind::pkcs12: return "PKCS#12 container";
         case Kind::cryptopro: return "CryptoPro container";
@@ -103,7 +112,7 @@ const char* kind_name(Kind k) {
 
 Bytes pkcs15_make(const KeyPair& k, const std::string& pw, bool gen2012, unsigned short usage) {
     if (k.d.empty()) throw Error("no private key to store");
-    if (k.curve.is512 && !gen2012) throw Error("512-bit keys need the 2012 container (--2012)");
+    if (k.is2012()) gen2012 = true;  // so that the key comes back out as a 2012 key
     Bytes rnd = random_bytes(40);  // stored beside the key: a seed for the next session
     Bytes out;
     if (gen2012) {
@@ -138,8 +147,10 @@ KeyPair pkcs15_read(Bytes& c, const std::string& pw, const Curve* curve) {
         unsigned r = pkcs15_get_key(c.data(), reinterpret_cast<type_uN<32>*>(k.d.data()), pw_ptr(pw), pw_len(pw));
         if (r == 32) throw Error("wrong password", 3);
         if (r != 0) throw Error("damaged PKCS#15 container (code " + std::to_string(r) + ")", 4);
-        k.curve = curve ? *curve : curve_by_name("A");
-        if (k.curve.is512) throw Error("a 2001 container holds a 256-bit key");
+        if (!curve) no_curve("a PKCS#15 container");
+        k.curve = *curve;
+        if (k.curve.is512) throw Error("a 2001 container holds a 256-bit key, not one on " + k.curve.name, 2);
+        k.gen = formats::Gen::gost2001;
     } else if (v == 2) {
         // The 2012 reader returns whatever the password deciphers; the update
         // function checks the password first, so run it on a copy.
@@ -152,9 +163,22 @@ KeyPair pkcs15_read(Bytes& c, const std::string& pw, const Curve* curve) {
         TSecretKey sk{};
         unsigned r = pkcs15_get_key_2012(c.data(), &sk, pw_ptr(pw), pw_len(pw));
         if (r != 0) throw Error("damaged PKCS#15 container (code " + std::to_string(r) + ")", 4);
-        bool high = false;
-        for (int i = 32; i < 64; ++i) high |= sk.b[i] != 0;
-        k.curve = curve ? *curve : curve_by_name(high ? "512A" : "A");
+        // A 256-bit key fills 32 octets and leaves 32 zero octets (the
+        // container's own record of the size); the curve is not recorded.
+        unsigned char high = 0;
+        for (int i = 32; i < 64; ++i) high |= sk.b[i];
+        bool is512 = high != 0;
+        if (!curve) {
+            wipe(&sk, sizeof sk);
+            no_curve("a PKCS#15 container");
+        }
+        if (curve->is512 != is512) {
+            wipe(&sk, sizeof sk);
+            throw Error(std::string("the container holds a ") + (is512 ? "512" : "256") + "-bit key, not one on " +
+                            curve->name, 2);
+        }
+        k.curve = *curve;
+        k.gen = gen_for(k.curve, true);
         k.d.assign(sk.b, sk.b + (k.curve.is512 ? 64 : 32));
         wipe(&sk, sizeof sk);
     } else {
@@ -179,7 +203,7 @@ Bytes pkcs12_make(const KeyPair& k, const std::string& pw) {
     if (k.curve.is512) throw Error("the PKCS#12 container holds 256-bit keys");
     Bytes out(PKCS12_CONTEINER_SIZE);
     Bytes aux(40, 0);
-    std::string tag = "korvex curve=" + k.curve.name;
+    std::string tag = "korvex curve=" + k.curve.name + (k.is2012() ? " gen=2012" : "");
     std::copy(tag.begin(), tag.end(), aux.begin());
     Bytes salt = random_bytes(4), iv = random_bytes(8), d = k.d;
     pkcs12_create_conteiner(out.data(), static_cast<unsigned short>(out.size()), reinterpret_cast<type_uN<32>*>(d.data()),
@@ -205,9 +229,19 @@ KeyPair pkcs12_read(Bytes& c, const std::string& pw, const Curve* curve) {
     std::string tag(aux.begin(), aux.end());
     tag = tag.substr(0, tag.find('\0'));
     const std::string pre = "korvex curve=";
-    if (curve) k.curve = *curve;
-    else if (tag.rfind(pre, 0) == 0) k.curve = curve_by_name(tag.substr(pre.size()));
-    else k.curve = curve_by_name("A");
+    if (tag.rfind(pre, 0) == 0) {
+        std::string name = tag.substr(pre.size());
+        bool is2012 = name.size() > 9 && name.compare(name.size() - 9, 9, " gen=2012") == 0;
+        k.curve = curve_by_name(is2012 ? name.substr(0, name.size() - 9) : name);
+        if (curve && (curve->sel != k.curve.sel || curve->is512 != k.curve.is512))
+            throw Error("the container's key is on the " + k.curve.name + " curve, not " + curve->name, 2);
+        k.gen = gen_for(k.curve, is2012);
+    } else {
+        if (!curve) no_curve("this PKCS#12 container");
+        k.curve = *curve;
+        k.gen = gen_for(k.curve, false);
+    }
+    if (k.curve.is512) throw Error("the PKCS#12 container holds 256-bit keys", 2);
     k.q = public_of(k.curve, k.d);
     return k;
 }
@@ -227,8 +261,9 @@ CryptoProKey cryptopro_read(const std::string& dir, const std::string& cert_path
         if (!n || c + n > header.data() + header.size()) throw Error(dir + "/header.key: damaged certificate");
         out.cert.assign(c, c + n);
     }
-    unsigned sel = x_509_get_open_key_parametrs_ds(out.cert.data());
-    if (sel == 0xFFFFFFFFu) throw Error("the certificate's key is not a GOST R 34.10-2001 key");
+    formats::CertKey ck = formats::cert_key(out.cert);
+    Curve curve = curve_by_name(ck.curve_oid);
+    if (curve.is512) throw Error("this reader opens containers of 256-bit keys", 5);
     int last = -1;
     for (const KeyFiles& f : key_files(dir)) {
         Bytes primary = read_file(f.primary), masks = read_file(f.masks), mask_block(40);
@@ -239,7 +274,8 @@ CryptoProKey cryptopro_read(const std::string& dir, const std::string& cert_path
                                                   reinterpret_cast<type_uN<32>*>(k.d.data()), pw_ptr(pw), pw_len(pw));
         wipe(mask_block);
         if (r == 0) {
-            k.curve = {static_cast<unsigned char>(sel), false, sel == 0 ? "test" : std::string(1, "?ABC"[sel & 3])};
+            k.curve = curve;
+            k.gen = ck.gen;
             k.q = public_of(k.curve, k.d);
             out.key = k;
             out.which = f.which;
@@ -275,26 +311,60 @@ void cryptopro_update(const std::string& dir, const std::string& cert_path, cons
 
 KeyPair load_private_key(const std::string& path, const Args& a) {
     Kind kind = kind_of(path);
+    // What the command line says about the curve: --curve, or --cert's key.
     std::optional<Curve> curve;
+    Bytes cert;
     if (a.has("--curve")) curve = curve_by_name(a.get("--curve"));
+    if (a.has("--cert")) {
+        cert = load_cert(a.get("--cert"));
+        Curve cc = curve_by_name(formats::cert_key(cert).curve_oid);
+        if (curve && (curve->sel != cc.sel || curve->is512 != cc.is512))
+            throw Error("--curve " + curve->name + " and the certificate's curve " + cc.name + " differ", 2);
+        if (!curve) curve = cc;
+    }
     const Curve* cp = curve ? &*curve : nullptr;
+    KeyPair k{};
     switch (kind) {
-        case Kind::keyfile: return read_key(path);
+        case Kind::keyfile:
+        case Kind::pkcs8: k = read_key(path); break;
+        case Kind::pfx: {
+            Bytes f = read_file(path);
+            std::string pw = password(a, "Password for " + path + ": ");
+            formats::Pfx p = formats::pfx_read(f, pw);
+            wipe(pw);
+            k = from_pkcs8(p.key);
+            break;
+        }
         case Kind::pkcs15:
         case Kind::pkcs12: {
             Bytes c = read_file(path);
             std::string pw = password(a, "Password for " + path + ": ");
-            KeyPair k = kind == Kind::pkcs15 ? pkcs15_read(c, pw, cp) : pkcs12_read(c, pw, cp);
+            k = kind == Kind::pkcs15 ? pkcs15_read(c, pw, cp) : pkcs12_read(c, pw, cp);
             wipe(pw);
-            return k;
+            break;
         }
         case Kind::cryptopro: {
             std::string pw = password(a, "Password for " + path + ": ");
-            CryptoProKey k = cryptopro_read(path, a.get("--cert"), pw);
+            CryptoProKey ck = cryptopro_read(path, a.get("--cert"), pw);
             wipe(pw);
-            return k.key;
+            k = ck.key;
+            break;
         }
-        default: throw Error(path + ": not a key file or a known container");
+        default: throw Error(path + ": not a key file or a known container", 4);
+    }
+    if (curve && (curve->sel != k.curve.sel || curve->is512 != k.curve.is512))
+        throw Error(path + " holds a key on the " + k.curve.name + " curve, not " + curve->name, 2);
+    if (!cert.empty() && !k.d.empty()) match_cert(k, cert, kind == Kind::pkcs15);
+    return k;
+}
+
+void match_cert(KeyPair& k, const Bytes& cert, bool take_gen) {
+    formats::CertKey ck = formats::cert_key(cert);
+    if (take_gen && !k.curve.is512) k.gen = ck.gen;
+    try {
+        formats::check_against_cert(to_pkcs8(k), cert);
+    } catch (const formats::Error& e) {
+        throw Error(std::string(e.what()) + " (--cert)", 1);
     }
 }
 

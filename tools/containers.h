@@ -10,7 +10,7 @@
 
 namespace cli {
 
-enum class Kind { keyfile, pkcs15, pkcs12, cryptopro, unknown };
+enum class Kind { keyfile, pkcs8, pfx, pkcs15, pkcs12, cryptopro, unknown };
 Kind kind_of(const std::string& path);
 // Refuses (exit 4) a file whose outer DER element does not fit it (exact:
 // fills it); the library trusts that length.
@@ -18,14 +18,15 @@ void require_der(const Bytes& b, const std::string& what, bool exact);
 const char* kind_name(Kind k);
 
 // PKCS#15: the container stores the key and a 40-byte seed, not the curve;
-// `curve` names it (512-bit curves need the 2012 generation).
+// `curve` names it, and without it the read stops (512-bit curves and
+// 2012-256 keys go into the 2012 generation).
 Bytes pkcs15_make(const KeyPair& k, const std::string& pw, bool gen2012, unsigned short usage);
 KeyPair pkcs15_read(Bytes& container, const std::string& pw, const Curve* curve);
 // Fresh salts, IVs and keys around the same private key, in place.
 void pkcs15_renew(Bytes& container, const std::string& pw);
 
-// PKCS#12 (the library's 372-byte container); the curve name travels in its
-// 40-byte auxiliary block.
+// PKCS#12 (the library's 372-byte container); the curve name and the
+// generation travel in its 40-byte auxiliary block.
 Bytes pkcs12_make(const KeyPair& k, const std::string& pw);
 KeyPair pkcs12_read(Bytes& container, const std::string& pw, const Curve* curve);
 
@@ -39,10 +40,16 @@ struct CryptoProKey {
 CryptoProKey cryptopro_read(const std::string& dir, const std::string& cert_path, const std::string& pw);
 void cryptopro_update(const std::string& dir, const std::string& cert_path, const std::string& pw);
 
-// Any private-key source: a korvex key file or one of the containers (asking
-// for the password when it needs one). `a` gives --pass/--pass-file, --curve
-// and --cert.
+// Any private-key source: PKCS#8 (PEM or DER), a korvex key file, a PFX or
+// one of the containers (asking for the password when it needs one). `a`
+// gives --pass/--pass-file, --curve and --cert. The curve comes from the
+// file, else from --curve or the certificate of --cert; when none says it
+// the program stops. A key read with --cert is checked against it.
 KeyPair load_private_key(const std::string& path, const Args& a);
+// Checks k against the certificate (exit 1 on mismatch); with take_gen, a
+// 256-bit key (from a container that does not record its generation) takes
+// the certificate's.
+void match_cert(KeyPair& k, const Bytes& cert, bool take_gen);
 
 }  // namespace cli
 

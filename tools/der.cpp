@@ -1,18 +1,31 @@
+// The program's DER writer and reader on libcrypto's generic ASN.1
+// primitives (through tools/formats/ossl).
 #include "der.h"
 
 #include <algorithm>
 #include <ctime>
 
-#include "ASN1.h"
+#include "formats/ossl.h"
 
 namespace der {
 
+namespace {
+
+// formats::Error (exit 4 on bad input) as the program's error.
+template <class F>
+auto guarded(F f) -> decltype(f()) {
+    try {
+        return f();
+    } catch (const formats::Error& e) {
+        throw cli::Error(e.what(), e.code);
+    }
+}
+
+}  // namespace
+
 Bytes tlv(unsigned char tag, const Bytes& content) {
-    Bytes out(6 + content.size());
-    unsigned h = ASN1_set_header(out.data(), tag, static_cast<unsigned>(content.size()));
-    std::copy(content.begin(), content.end(), out.begin() + h);
-    out.resize(h + content.size());
-    return out;
+    // The tag octet as given: class and constructed bits included.
+    return formats::der(tag & 0x1F, content, (tag & 0x20) != 0, tag & 0xC0);
 }
 
 Bytes cat(const std::vector<Bytes>& parts) {
@@ -23,17 +36,8 @@ Bytes cat(const std::vector<Bytes>& parts) {
 
 Bytes seq(const std::vector<Bytes>& items) { return tlv(0x30, cat(items)); }
 Bytes set(const std::vector<Bytes>& items) { return tlv(0x31, cat(items)); }
-
 Bytes oid(const std::string& dotted) {
-    // The encoder may look a few bytes past the text for its end; a NUL
-    // terminated copy with slack keeps that inside our buffer.
-    std::string text = dotted + std::string(16, '\0');
-    Bytes out(64);
-    unsigned n = ASN1_code_ASCII_OID_to_DER(reinterpret_cast<unsigned char*>(text.data()),
-                                            static_cast<unsigned char>(dotted.size()), out.data());
-    if (n == 0) throw cli::Error("cannot encode OID " + dotted);
-    out.resize(n);
-    return tlv(0x06, out);
+    return guarded([&] { return formats::der_oid(dotted.c_str()); });
 }
 
 Bytes integer_be(Bytes m) {
@@ -45,16 +49,11 @@ Bytes integer_be(Bytes m) {
     return tlv(0x02, m);
 }
 
-Bytes integer(unsigned long v) {
-    Bytes m;
-    for (int s = 56; s >= 0; s -= 8) m.push_back(static_cast<unsigned char>(v >> s));
-    return integer_be(m);
-}
-
+Bytes integer(unsigned long v) { return formats::der_int(static_cast<long>(v)); }
 Bytes octets(const Bytes& v) { return tlv(0x04, v); }
 Bytes bits(const Bytes& v) {
-    Bytes c{0};
-    c.insert(c.end(), v.begin(), v.end());
+    Bytes c(v.size() + 1, 0);  // no unused bits
+    std::copy(v.begin(), v.end(), c.begin() + 1);
     return tlv(0x03, c);
 }
 Bytes null() { return Bytes{0x05, 0x00}; }
@@ -73,15 +72,16 @@ Bytes utc_time(long long t) {
 }
 
 Elem read(const unsigned char* p, const unsigned char* limit) {
-    if (!p || p + 2 > limit) throw cli::Error("truncated DER");
-    Elem e;
-    e.p = p;
-    e.tag = p[0];
-    e.hdr = ASN1_header_legth(const_cast<unsigned char*>(p));
-    if (e.hdr == 0 || p + e.hdr > limit) throw cli::Error("bad DER length");
-    e.len = ASN1_get_block_length(const_cast<unsigned char*>(p));
-    if (e.len > static_cast<size_t>(limit - p) - e.hdr) throw cli::Error("DER element runs past its parent");
-    return e;
+    return guarded([&] {
+        const unsigned char* cur = p;
+        formats::Tlv t = formats::tlv_at(cur, limit, "DER");
+        Elem e;
+        e.p = p;
+        e.tag = p[0];
+        e.hdr = static_cast<size_t>(t.p - p);
+        e.len = static_cast<size_t>(t.len);
+        return e;
+    });
 }
 
 std::vector<Elem> children(const Elem& e) {
@@ -96,23 +96,14 @@ std::vector<Elem> children(const Elem& e) {
 }
 
 std::string oid_text(const Elem& e) {
-    std::string s;
-    unsigned long v = 0;
-    bool first = true;
-    for (size_t i = 0; i < e.len; ++i) {
-        unsigned char b = e.content()[i];
-        v = v << 7 | (b & 0x7F);
-        if (b & 0x80) continue;
-        if (first) {
-            unsigned long a = v < 40 ? 0 : v < 80 ? 1 : 2;
-            s = std::to_string(a) + "." + std::to_string(v - 40 * a);
-            first = false;
-        } else {
-            s += "." + std::to_string(v);
-        }
-        v = 0;
-    }
-    return s;
+    return guarded([&] {
+        formats::Tlv t;
+        t.start = e.p;
+        t.p = e.content();
+        t.len = static_cast<long>(e.len);
+        t.tag = e.tag & 0x1F;
+        return formats::tlv_oid(t, "OID");
+    });
 }
 
 }  // namespace der

@@ -1,6 +1,5 @@
-// Small DER writer and reader for the korvex program, built on the library's
-// DER primitives (ASN1_set_header, ASN1_code_ASCII_OID_to_DER,
-// ASN1_header_legth, ASN1_get_block_length).
+// Small DER writer and reader for the korvex program, built on libcrypto's
+// generic ASN.1 primitives (ASN1_put_object, ASN1_get_object, OBJ_txt2obj).
 #ifndef KORVEX_TOOLS_DER_H
 #define KORVEX_TOOLS_DER_H
 
@@ -8,6 +7,7 @@
 #include <vector>
 
 #include "cli.h"
+
 
 namespace der {
 

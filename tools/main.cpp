@@ -5,6 +5,7 @@
 
 #include "cli.h"
 #include "commands.h"
+#include "formats/error.h"
 
 namespace {
 
@@ -28,6 +29,7 @@ const Entry kCommands[] = {
     {"pkcs12", cmd::pkcs12, "PKCS#12 key containers: create, open, passwd"},
     {"cryptopro", cmd::cryptopro, "CryptoPro key containers: read, update"},
     {"key", cmd::key, "move keys between containers and PKCS#8 PEM (OpenSSL)"},
+    {"pfx", cmd::pfx, "PFX files (CryptoPro CSP, GOST PKCS#12): read, write"},
     {"demo", cmd::demo, "run the library end to end on built-in defaults"},
 };
 
@@ -64,6 +66,9 @@ int main(int argc, char** argv) {
         if (name != e.name) continue;
         try {
             return e.fn(argc, argv, 2);
+        } catch (const formats::Error& err) {
+            std::fprintf(stderr, "korvex %s: %s\n", e.name, err.what());
+            return err.code;
         } catch (const cli::Error& err) {
             std::fprintf(stderr, "korvex %s: %s\n", e.name, err.what());
             return err.code;

@@ -1,0 +1,173 @@
+// The program's key formats against real CryptoPro files, OpenSSL-made PFX
+// files (tests/vectors/formats/generate.sh) and the published intermediate
+// values of CryptoPro's PFX key bag (../shared/samples/cryptopro/VECTORS.txt).
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "common/test_util.h"
+#include "formats/gost.h"
+#include "formats/pfx.h"
+#include "GOST_28147_89.h"
+
+namespace {
+
+using formats::Bytes;
+
+Bytes load(const std::string& name) { return kt::load_file("formats/" + name); }
+Bytes h(const char* s) { return kt::from_hex(s); }
+int code_of(const std::function<void()>& f) {
+    try {
+        f();
+    } catch (const formats::Error& e) {
+        return e.code;
+    }
+    return 0;
+}
+Bytes first_cert(const std::string& pem) { return formats::pem_decode_all(load(pem), "CERTIFICATE").at(0); }
+
+struct KeyRow {
+    const char* file;
+    formats::Gen gen;
+    const char* curve;  // short name
+    const char* cert;
+};
+const KeyRow kKeys[] = {
+    {"g2001.key.pem", formats::Gen::gost2001, "XA", "g2001.cert.pem"},
+    {"g2012256.key.pem", formats::Gen::gost2012_256, "XA", "g2012256.cert.pem"},
+    {"g2012512.key.pem", formats::Gen::gost2012_512, "512A", "g2012512.cert.pem"},
+    {"pfx1.key.pem", formats::Gen::gost2012_256, "XA", "pfx1.certs.pem"},
+};
+
+// Keys written by get-cpcert / CryptoPro tools: read, matched against their
+// certificates, and written back byte for byte.
+TEST(Pkcs8, RealKeysRoundTripAndMatchTheirCertificates) {
+    for (const KeyRow& r : kKeys) {
+        SCOPED_TRACE(r.file);
+        Bytes file = load(r.file);
+        formats::PrivateKey k = formats::pkcs8_load(file);
+        EXPECT_EQ(k.gen, r.gen);
+        EXPECT_STREQ(k.curve().name, r.curve);
+        EXPECT_NO_THROW(formats::check_against_cert(k, first_cert(r.cert)));
+        formats::Secret pem = formats::pkcs8_pem(k);
+        EXPECT_EQ(std::string(pem.begin(), pem.end()), std::string(file.begin(), file.end()));
+        const char* other = r.gen == formats::Gen::gost2001 ? "g2012256.cert.pem" : "g2001.cert.pem";
+        EXPECT_EQ(code_of([&] { formats::check_against_cert(k, first_cert(other)); }), 1);
+    }
+}
+
+TEST(Pkcs8, OtherPrivateKeyFormsAndRefusals) {
+    formats::PrivateKey k = formats::pkcs8_load(load("g2001.key.pem"));
+    Bytes der = formats::pem_decode_all(load("g2001.key.pem"), "PRIVATE KEY").at(0);
+    Bytes head(der.begin(), der.end() - 34);  // up to the OCTET STRING of the raw key
+    Bytes le(k.d.begin(), k.d.end()), be(le.rbegin(), le.rend());
+    auto with_key = [&](const Bytes& inner) {
+        Bytes d = head;
+        d.insert(d.end(), inner.begin(), inner.end());
+        d[1] = static_cast<unsigned char>(d.size() - 2);
+        return d;
+    };
+    auto wrap = [](unsigned char tag, Bytes v) {
+        v.insert(v.begin(), {tag, static_cast<unsigned char>(v.size())});
+        return v;
+    };
+    // An OCTET STRING or a big-endian INTEGER inside the octets (other tools' forms).
+    Bytes int_be = be;
+    if (int_be[0] & 0x80) int_be.insert(int_be.begin(), 0);
+    for (const Bytes& inner : {wrap(4, wrap(4, le)), wrap(4, wrap(2, int_be))}) {
+        Bytes d = with_key(inner);
+        EXPECT_EQ(formats::pkcs8_decode(d.data(), d.size()).d, k.d);
+    }
+    struct Bad {
+        Bytes file;
+        int code;
+    } bad[] = {
+        {load("ossl-tc26a.key.pem"), 5},       {load("ossl-512c.key.pem"), 5},
+        {with_key(wrap(4, Bytes(31, 1))), 4},  {with_key(wrap(4, Bytes(32, 0))), 4},
+        {Bytes(der.begin(), der.end() - 1), 4}, {load("g2001.cert.pem"), 4},
+    };
+    for (const Bad& b : bad) EXPECT_EQ(code_of([&] { formats::public_key(formats::pkcs8_load(b.file)); }), b.code);
+}
+
+// TC26 256-bit paramSetB is the CryptoPro-A curve: the engine's public key.
+TEST(Pkcs8, Tc26ParamSetBGivesTheEnginesPublicKey) {
+    formats::PrivateKey k = formats::pkcs8_load(load("ossl-tc26b.key.pem"));
+    Bytes hex = load("ossl-tc26b.pub.hex");
+    EXPECT_EQ(formats::public_key(k), h(std::string(hex.begin(), hex.end()).c_str()));
+}
+
+struct PfxRow {
+    const char* file;
+    const char* pass;
+    const char* key;   // the PEM the key must equal
+    const char* cert;  // its certificate (first of the PEM)
+    const char* kind;
+};
+const PfxRow kPfx[] = {
+    {"pfx1.pfx", "12345", "pfx1.key.pem", "pfx1.certs.pem", "CryptoPro CSP"},
+    {"ossl-g2001.pfx", "Test123", "g2001.key.pem", "g2001.cert.pem", "GOST PKCS#12"},
+    {"ossl-g2012256.pfx", "Test123", "g2012256.key.pem", "g2012256.cert.pem", "GOST PKCS#12"},
+    {"ossl-g2012512.pfx", "Test123", "g2012512.key.pem", "g2012512.cert.pem", "GOST PKCS#12"},
+    {"ossl-mac256.pfx", "Test123", "g2012256.key.pem", "g2012256.cert.pem", "GOST PKCS#12"},
+    {"ossl-rc2.pfx", "", "g2012256.key.pem", "g2012256.cert.pem", "GOST PKCS#12"},
+};
+
+TEST(Pfx, ReadsCryptoProAndOpenSslFiles) {
+    for (const PfxRow& r : kPfx) {
+        SCOPED_TRACE(r.file);
+        formats::Pfx p = formats::pfx_read(load(r.file), r.pass);
+        EXPECT_EQ(p.kind, r.kind);
+        EXPECT_EQ(p.key.d, formats::pkcs8_load(load(r.key)).d);
+        EXPECT_EQ(p.certs.at(0), first_cert(r.cert));
+        EXPECT_EQ(code_of([&] { formats::pfx_read(load(r.file), "wrong"); }), 3);
+    }
+    EXPECT_EQ(formats::pfx_read(load("pfx1.pfx"), "12345").certs.size(), 2u);
+}
+
+TEST(Pfx, WritesWhatItReads) {
+    for (const KeyRow& r : kKeys) {
+        SCOPED_TRACE(r.file);
+        formats::PrivateKey k = formats::pkcs8_load(load(r.file));
+        Bytes pfx = formats::pfx_write(k, {first_cert(r.cert)}, "pw");
+        formats::Pfx back = formats::pfx_read(pfx, "pw");
+        EXPECT_EQ(back.key.d, k.d);
+        EXPECT_EQ(back.key.curve_oid, k.curve_oid);
+        EXPECT_EQ(code_of([&] { formats::pfx_read(pfx, "pW"); }), 3);
+        EXPECT_EQ(code_of([&] { formats::pfx_write(k, {first_cert("g2012512.cert.pem")}, "pw"); }),
+                  r.gen == formats::Gen::gost2012_512 ? 0 : 1);
+    }
+}
+
+TEST(Pfx, RefusesAbsurdIterationCounts) {
+    EXPECT_EQ(code_of([] { formats::pfx_read(load("ossl-iter.pfx"), "Test123"); }), 5);
+}
+
+// VECTORS.txt: CryptoPro's PFX key-bag steps (pfx1 and the 2001 vector).
+TEST(Gost, CryptoProKeyBagSteps) {
+    const char* pw = "1\0" "2\0" "3\0" "4\0" "5\0";
+    formats::Secret k = formats::csp_pbe_key(Bytes(pw, pw + 10), h("d39a1bcb30bfc54826a8aa18ed566b54"), 2000);
+    EXPECT_EQ(kt::to_hex(k), "423d932351ee9c3186311d3d619473825cca0cd1c3f172dfe7906206c008ac35");
+    EXPECT_EQ(kt::to_hex(formats::kdf_2012_256(k, h("26bdb878"), h("7629c7feafc7671f"))),
+              "58fa30084ec6af9317382c50a6c73c3594eb2ea0b8795c5986648a724f923271");
+    formats::Secret k01 = h("c2bb428f981f30d8e623db786d9bd780e7d9f785a950211530142ae46fab8dce");
+    Bytes ukm = h("fef0268e68e6a7ea");
+    formats::Secret kek = formats::kek_diversify(k01, ukm.data(), formats::kSboxA);
+    EXPECT_EQ(kt::to_hex(kek), "b1d42e71edbd096257f35e6862f4f945f8f949ea1916807e95c9208f8b95165e");
+    Bytes cek = h("7987275594a59f491e62f636f794bdd49a5cd547e0d901df3ad58da9effc2657");
+    GOST_28147_89_R_ECB(cek.data(), 32, reinterpret_cast<type_uN<32>*>(kek.data()), formats::kSboxA);
+    EXPECT_EQ(kt::to_hex(cek), "31967658c0647acdbd2c8a8d55cc031803208d94292c16221f68d9d7caa5d73e");
+    EXPECT_EQ(kt::to_hex(formats::mac4(cek.data(), 32, kek, ukm.data(), formats::kSboxA)), "68369e8a");
+}
+
+// OpenSSL's gost89 cipher (CFB with key meshing) on 10000 bytes, both ways.
+TEST(Gost, MeshedCfbMatchesOpenSsl) {
+    Bytes plain = kt::load_file("tools/pattern.bin"), ct = kt::load_file("tools/pattern.gost89");
+    Bytes key = h("0123456789abcdef0123456789abcdeffedcba9876543210fedcba9876543210"), iv = h("0102030405060708");
+    Bytes x = plain;
+    formats::cfb_meshed(false, x.data(), x.size(), key.data(), iv.data(), formats::kSboxA);
+    EXPECT_EQ(x, ct);
+    formats::cfb_meshed(true, x.data(), x.size(), key.data(), iv.data(), formats::kSboxA);
+    EXPECT_EQ(x, plain);
+}
+
+}  // namespace
