@@ -51,7 +51,7 @@ struct Sse2 {
     static constexpr int kLanes = 4;
     // Words i..i+3 from their low and high halves.
     __attribute__((always_inline)) static void join(const U& lo, const U& hi, uint64_t* w) {
-        const U w01 = __builtin_shuffle(lo, hi, U{0, 4, 1, 5}), w23 = __builtin_shuffle(lo, hi, U{2, 6, 3, 7});
+        const U w01 = __builtin_shufflevector(lo, hi, 0, 4, 1, 5), w23 = __builtin_shufflevector(lo, hi, 2, 6, 3, 7);
         __builtin_memcpy(w, &w01, 16);
         __builtin_memcpy(w + 2, &w23, 16);
     }
@@ -62,8 +62,8 @@ struct Avx2 {
     typedef int32_t S __attribute__((vector_size(32)));
     static constexpr int kLanes = 8;
     __attribute__((always_inline)) static void join(const U& lo, const U& hi, uint64_t* w) {
-        const U w03 = __builtin_shuffle(lo, hi, U{0, 8, 1, 9, 2, 10, 3, 11});
-        const U w47 = __builtin_shuffle(lo, hi, U{4, 12, 5, 13, 6, 14, 7, 15});
+        const U w03 = __builtin_shufflevector(lo, hi, 0, 8, 1, 9, 2, 10, 3, 11);
+        const U w47 = __builtin_shufflevector(lo, hi, 4, 12, 5, 13, 6, 14, 7, 15);
         __builtin_memcpy(w, &w03, 32);
         __builtin_memcpy(w + 4, &w47, 32);
     }
@@ -176,8 +176,15 @@ __attribute__((always_inline)) inline void compress_with(Block& h, const Block& 
     for (int i = 0; i < 8; ++i) h.w[i] ^= s.w[i] ^ m.w[i];
 }
 
-// h := g_N(h, m), on AVX2 where the processor has it (streebog_kernels.cpp).
+// h := g_N(h, m) on the fastest kernel the processor has: AVX-512 with VBMI
+// and GFNI (streebog_avx512.cpp), else AVX2, else SSE2 (streebog_kernels.cpp).
 void compress(Block& h, const Block& N, const Block& m);
+
+// The kernels by name, for tests that check each against the others.
+// compress_avx512 may only be called when avx512_available().
+void compress_portable(Block& h, const Block& N, const Block& m);  // AVX2 or SSE2
+void compress_avx512(Block& h, const Block& N, const Block& m);
+bool avx512_available();
 
 }  // namespace streebog
 }  // namespace kx
