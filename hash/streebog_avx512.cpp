@@ -54,15 +54,15 @@ alignas(64) constexpr unsigned char kTranspose[64] = {
 #define KX_AVX512 __attribute__((target("avx512f,avx512bw,avx512vbmi,gfni"), always_inline)) inline
 
 struct Consts {
-    __m512i pi[4], q[8], tr, gather0;
+    __m512i pi[4], q[8], tr;
 };
 
 KX_AVX512 void load_consts(Consts& c) {
+#pragma GCC unroll 8
     for (int i = 0; i < 4; ++i) c.pi[i] = _mm512_loadu_si512(streebog_pi + 64 * i);
+#pragma GCC unroll 8
     for (int w = 0; w < 8; ++w) c.q[w] = _mm512_load_si512(kMatrices.q[w]);
     c.tr = _mm512_load_si512(kTranspose);
-    // Byte 8j + i of the gather for input byte w takes byte 8i + w.
-    c.gather0 = _mm512_set1_epi64(0x3830282018100800LL);
 }
 
 // vpermb. (GCC 12's unmasked intrinsic reads an undefined value and warns.)
@@ -75,17 +75,22 @@ KX_AVX512 __m512i sbox(const Consts& c, __m512i x) {
     return _mm512_mask_blend_epi8(high, lo, hi);
 }
 
-// L(P(S(x))), x and the result transposed.
-KX_AVX512 __m512i lps(const Consts& c, __m512i x) {
+// L(P(S(x))), x and the result transposed. Byte w of every word must reach
+// every lane: a transpose back to the plain layout, a store, and eight
+// broadcast loads from it, which run on the load ports and leave the shuffle
+// port to S. tmp is the 64-byte scratch (aligned).
+KX_AVX512 __m512i lps(const Consts& c, __m512i x, uint64_t* tmp) {
+    (void)tmp;
     const __m512i y = sbox(c, x);
-    const __m512i one = _mm512_set1_epi8(1);
-    __m512i idx = c.gather0, acc[4];
+    __m512i t[8];
+#pragma GCC unroll 8
     for (int w = 0; w < 8; ++w) {
-        const __m512i t = _mm512_gf2p8affine_epi64_epi8(permute(idx, y), c.q[w], 0);
-        acc[w & 3] = w < 4 ? t : _mm512_xor_si512(acc[w & 3], t);
-        idx = _mm512_add_epi8(idx, one);
+        const __m512i idx = _mm512_set1_epi64(static_cast<long long>(0x3830282018100800ULL + 0x0101010101010101ULL * w));
+        t[w] = _mm512_gf2p8affine_epi64_epi8(permute(idx, y), c.q[w], 0);
     }
-    return _mm512_xor_si512(_mm512_xor_si512(acc[0], acc[1]), _mm512_xor_si512(acc[2], acc[3]));
+    const __m512i a = _mm512_ternarylogic_epi64(t[0], t[1], t[2], 0x96);
+    const __m512i d = _mm512_ternarylogic_epi64(t[3], t[4], t[5], 0x96);
+    return _mm512_ternarylogic_epi64(a, d, _mm512_xor_si512(t[6], t[7]), 0x96);
 }
 
 KX_AVX512 __m512i load_t(const Consts& c, const void* p) {
@@ -97,12 +102,13 @@ __attribute__((target("avx512f,avx512bw,avx512vbmi,gfni"))) void compress_impl(B
                                                                                 const Block& m) {
     Consts c;
     load_consts(c);
+    alignas(64) uint64_t ks[8], ss[8];
     const __m512i H = load_t(c, h.w), M = load_t(c, m.w);
-    __m512i K = lps(c, _mm512_xor_si512(H, load_t(c, N.w)));
+    __m512i K = lps(c, _mm512_xor_si512(H, load_t(c, N.w)), ks);
     __m512i s = _mm512_xor_si512(K, M);
     for (int i = 0; i < 12; ++i) {
-        s = lps(c, s);
-        K = lps(c, _mm512_xor_si512(K, load_t(c, streebog_C[i])));
+        s = lps(c, s, ss);
+        K = lps(c, _mm512_xor_si512(K, load_t(c, streebog_C[i])), ks);
         s = _mm512_xor_si512(s, K);
     }
     s = _mm512_xor_si512(s, _mm512_xor_si512(H, M));
