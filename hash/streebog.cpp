@@ -4,7 +4,7 @@
 
 #include "core/bytes.h"
 #include "hash/block_stream.h"
-#include "hash/streebog_core.h"
+#include "hash/streebog_run.h"
 
 namespace {
 
@@ -12,45 +12,18 @@ using kx::streebog::Block;
 
 constexpr Block kZero = {};
 
-// The running values of a message: chaining value, block sum, bit counter.
-struct Run {
-    Block h, sigma, N;
-};
-
-void absorb(Run& r, const unsigned char* p, size_t blocks) {
-    for (; blocks; --blocks, p += 64) {
-        Block m;
-        kx::streebog::load(m, p);
-        kx::streebog::compress(r.h, r.N, m);
-        kx::streebog::add_to(r.sigma, r.sigma, m);
-        kx::streebog::add_small(r.N, 512);
-    }
-}
-
-// The last block (t bytes, then 0x01, then zeros; formed even when t is 0),
-// then the counter and the sum with a zero N.
-void finish(Run& r, const unsigned char* tail, unsigned t) {
-    unsigned char buf[64];
-    kx::copy(buf, tail, t);
-    buf[t] = 0x01;
-    kx::fill(buf + t + 1, 0, 63 - t);
-    Block m;
-    kx::streebog::load(m, buf);
-    kx::streebog::compress(r.h, r.N, m);
-    kx::streebog::add_to(r.sigma, r.sigma, m);
-    kx::streebog::add_small(r.N, 8ull * t);
-    kx::streebog::compress(r.h, kZero, r.N);
-    kx::streebog::compress(r.h, kZero, r.sigma);
-}
+using kx::streebog::Run;
+using kx::streebog::wipe_words;
 
 void hash_whole(const unsigned char* data, unsigned int len, Block& h) {
     Run r;
     r.h = h;
     r.sigma = kZero;
     r.N = kZero;
-    absorb(r, data, len / 64);
-    finish(r, data + (len & ~63u), len % 64);
+    kx::streebog::absorb(r, data, len / 64);
+    kx::streebog::finish(r, data + (len & ~63u), len % 64);
     h = r.h;
+    wipe_words(r);
 }
 
 void iv256(Block& h) {
@@ -84,10 +57,11 @@ void end(stream_hash_2012_t* st, Block& h) {
     Run r;
     load_run(r, st);
     unsigned t = st->pending_len & 63u;
-    finish(r, st->pending, t);
+    kx::streebog::finish(r, st->pending, t);
     st->pending_len = 0;
     store_run(st, r);
     h = r.h;
+    wipe_words(r);
 }
 
 }  // namespace
@@ -96,6 +70,7 @@ KORVEX_API void GOST_34_11_2012_hash_512_bit(unsigned char* data, unsigned int l
     Block h = kZero;
     hash_whole(data, len, h);
     kx::streebog::store(out->b, h);
+    wipe_words(h);
 }
 
 KORVEX_API void GOST_34_11_2012_hash_256_bit(unsigned char* data, unsigned int len, type_uN<32>* out) {
@@ -103,6 +78,7 @@ KORVEX_API void GOST_34_11_2012_hash_256_bit(unsigned char* data, unsigned int l
     iv256(h);
     hash_whole(data, len, h);
     for (int i = 0; i < 4; ++i) kx::store64(out->b + 8 * i, h.w[4 + i]);
+    wipe_words(h);
 }
 
 KORVEX_API void GOST_34_11_2012_base(unsigned char* data, unsigned int len, type_uN<64>* h) {
@@ -110,6 +86,7 @@ KORVEX_API void GOST_34_11_2012_base(unsigned char* data, unsigned int len, type
     kx::streebog::load(v, h->b);
     hash_whole(data, len, v);
     kx::streebog::store(h->b, v);
+    wipe_words(v);
 }
 
 KORVEX_API void GOST_34_11_2012_hash_256_init(stream_hash_2012_t* state) {
@@ -127,20 +104,23 @@ KORVEX_API void GOST_34_11_2012_hash_write(unsigned char* data, unsigned int len
     Run r;
     load_run(r, state);
     state->pending_len = static_cast<unsigned char>(kx::stream_blocks(
-        state->pending, state->pending_len & 63u, data, len, [&](const unsigned char* p, size_t n) { absorb(r, p, n); }));
+        state->pending, state->pending_len & 63u, data, len, [&](const unsigned char* p, size_t n) { kx::streebog::absorb(r, p, n); }));
     store_run(state, r);
+    wipe_words(r);
 }
 
 KORVEX_API void GOST_34_11_2012_hash_512_end(type_uN<64>* out, stream_hash_2012_t* state) {
     Block h;
     end(state, h);
     kx::streebog::store(out->b, h);
+    wipe_words(h);
 }
 
 KORVEX_API void GOST_34_11_2012_hash_256_end(type_uN<32>* out, stream_hash_2012_t* state) {
     Block h;
     end(state, h);
     for (int i = 0; i < 4; ++i) kx::store64(out->b + 8 * i, h.w[4 + i]);
+    wipe_words(h);
 }
 
 // --- building blocks ---------------------------------------------------------
@@ -192,6 +172,7 @@ KORVEX_API void GOST_34_11_2012_Key(type_uN<64>* K, unsigned char i) {
     kx::streebog::load(k, K->b);
     kx::streebog::key_step(k, i);
     kx::streebog::store(K->b, k);
+    wipe_words(k);
 }
 
 KORVEX_API void GOST_34_11_2012_E(type_uN<64>* state, type_uN<64>* K, type_uN<64>* m) {
@@ -204,6 +185,9 @@ KORVEX_API void GOST_34_11_2012_E(type_uN<64>* state, type_uN<64>* K, type_uN<64
     kx::streebog::encrypt<kx::streebog::Sse2>(s, k, v);
     kx::streebog::store(state->b, s);
     kx::streebog::store(K->b, k);
+    wipe_words(k);
+    wipe_words(v);
+    wipe_words(s);
 }
 
 KORVEX_API void GOST_34_11_2012_G(type_uN<64>* N, type_uN<64>* h, type_uN<64>* m) {
@@ -213,4 +197,6 @@ KORVEX_API void GOST_34_11_2012_G(type_uN<64>* N, type_uN<64>* h, type_uN<64>* m
     kx::streebog::load(x, m->b);
     kx::streebog::compress(v, n, x);
     kx::streebog::store(h->b, v);
+    wipe_words(v);
+    wipe_words(x);
 }

@@ -75,12 +75,9 @@ KX_AVX512 __m512i sbox(const Consts& c, __m512i x) {
     return _mm512_mask_blend_epi8(high, lo, hi);
 }
 
-// L(P(S(x))), x and the result transposed. Byte w of every word must reach
-// every lane: a transpose back to the plain layout, a store, and eight
-// broadcast loads from it, which run on the load ports and leave the shuffle
-// port to S. tmp is the 64-byte scratch (aligned).
-KX_AVX512 __m512i lps(const Consts& c, __m512i x, uint64_t* tmp) {
-    (void)tmp;
+// L(P(S(x))), x and the result transposed. The byte permute for input byte
+// w takes byte 8i + w (byte w of word i) to byte 8j + i of every lane j.
+KX_AVX512 __m512i lps(const Consts& c, __m512i x) {
     const __m512i y = sbox(c, x);
     __m512i t[8];
 #pragma GCC unroll 8
@@ -102,13 +99,12 @@ __attribute__((target("avx512f,avx512bw,avx512vbmi,gfni"))) void compress_impl(B
                                                                                 const Block& m) {
     Consts c;
     load_consts(c);
-    alignas(64) uint64_t ks[8], ss[8];
     const __m512i H = load_t(c, h.w), M = load_t(c, m.w);
-    __m512i K = lps(c, _mm512_xor_si512(H, load_t(c, N.w)), ks);
+    __m512i K = lps(c, _mm512_xor_si512(H, load_t(c, N.w)));
     __m512i s = _mm512_xor_si512(K, M);
     for (int i = 0; i < 12; ++i) {
-        s = lps(c, s, ss);
-        K = lps(c, _mm512_xor_si512(K, load_t(c, streebog_C[i])), ks);
+        s = lps(c, s);
+        K = lps(c, _mm512_xor_si512(K, load_t(c, streebog_C[i])));
         s = _mm512_xor_si512(s, K);
     }
     s = _mm512_xor_si512(s, _mm512_xor_si512(H, M));

@@ -164,6 +164,11 @@ __attribute__((always_inline)) inline void encrypt(Block& s, Block& K, const Blo
         l_pass<Isa>(s_lo, s_hi, s, &t, k_lo, k_hi);  // after the last round the look-ups are spare
         xor_to(s, s, K);
     }
+    volatile uint32_t* d[4] = {k_lo, k_hi, s_lo, s_hi};
+    for (int j = 0; j < 4; ++j)
+        for (int i = 0; i < 8; ++i) d[j][i] = 0;
+    volatile uint64_t* tv = t.w;
+    for (int i = 0; i < 8; ++i) tv[i] = 0;
 }
 
 // h := g_N(h, m).
@@ -174,6 +179,10 @@ __attribute__((always_inline)) inline void compress_with(Block& h, const Block& 
     lps<Isa>(t, K);
     encrypt<Isa>(s, K, m);
     for (int i = 0; i < 8; ++i) h.w[i] ^= s.w[i] ^ m.w[i];
+    // The round keys and states are as good as h: wiped with word stores.
+    volatile uint64_t* d[3] = {K.w, t.w, s.w};
+    for (int j = 0; j < 3; ++j)
+        for (int i = 0; i < 8; ++i) d[j][i] = 0;
 }
 
 // h := g_N(h, m) on the fastest kernel the processor has: AVX-512 with VBMI
