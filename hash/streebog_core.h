@@ -194,6 +194,9 @@ void compress(Block& h, const Block& N, const Block& m);
 void compress_portable(Block& h, const Block& N, const Block& m);  // AVX2 or SSE2
 void compress_avx512(Block& h, const Block& N, const Block& m);
 bool avx512_available();
+// 1 keeps compress() on compress_portable; set only by tests that link the
+// library's sources (it is not exported), 0 everywhere else.
+extern int forced_kernel;
 
 }  // namespace streebog
 }  // namespace kx
