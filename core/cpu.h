@@ -27,6 +27,18 @@ inline bool cpu_has_avx2() {
     return s == 2;
 }
 
+// SSSE3 (pshufb): a CPU flag only. Probed on first use and cached.
+inline bool cpu_has_ssse3() {
+    static std::atomic<int> state{0};
+    int s = state.load(std::memory_order_relaxed);
+    if (s == 0) {
+        unsigned a, b, c, d;
+        s = __get_cpuid(1, &a, &b, &c, &d) && (c & bit_SSSE3) ? 2 : 1;
+        state.store(s, std::memory_order_relaxed);
+    }
+    return s == 2;
+}
+
 // AVX-512 F and BW with VBMI (byte permutes) and GFNI (GF(2) affine steps):
 // the CPU flags and the system saving the opmask and ZMM state (XCR0 bits 1,
 // 2, 5, 6 and 7). Probed on first use and cached like the above.

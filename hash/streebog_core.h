@@ -1,8 +1,10 @@
 // GOST R 34.11-2012 compression internals: the state as eight 64-bit words
-// and the LPS transform. S is a byte look-up in pi and L a bit-serial pass
-// over the 64 rows of A, run on the words of a value in vector lanes (one
-// sign mask per row and word: SSE2, or AVX2 chosen at run time), with the
-// look-ups of the other chain of the round function beside it.
+// and the LPS transform of the portable kernels. L is a bit-serial pass over
+// the 64 rows of A, run on the words of a value in vector lanes (one sign mask
+// per row and word: SSE2, or AVX2 chosen at run time). S and P together come
+// from Isa::sp: sixteen in-register byte shuffles over pi (SSSE3 and up, no
+// address depends on the value), or on processors without SSSE3 the byte
+// look-up of sp_halves.
 #ifndef KORVEX_HASH_STREEBOG_CORE_H
 #define KORVEX_HASH_STREEBOG_CORE_H
 
@@ -43,6 +45,11 @@ inline void sp_halves(const Block& x, uint32_t lo[8], uint32_t hi[8]) {
     for (int i = 0; i < 8; ++i) sp_word(x, i, lo[i], hi[i]);
 }
 
+// S and P of x, as the halves the L pass takes (streebog_kernels.cpp).
+void sp_ssse3(const Block& x, uint32_t lo[8], uint32_t hi[8]);
+void sp_avx2(const Block& x, uint32_t lo[8], uint32_t hi[8]);
+void sp_sse2(const Block& x, uint32_t lo[8], uint32_t hi[8]);  // SSSE3 when there, else sp_halves
+
 // The vector widths of the L pass. A lane holds one 32-bit half of one word.
 // Avx2 is only ever inlined into functions built for AVX2.
 struct Sse2 {
@@ -55,6 +62,7 @@ struct Sse2 {
         __builtin_memcpy(w, &w01, 16);
         __builtin_memcpy(w + 2, &w23, 16);
     }
+    static void sp(const Block& x, uint32_t lo[8], uint32_t hi[8]) { sp_sse2(x, lo, hi); }
 };
 
 struct Avx2 {
@@ -67,6 +75,7 @@ struct Avx2 {
         __builtin_memcpy(w, &w03, 32);
         __builtin_memcpy(w + 4, &w47, 32);
     }
+    static void sp(const Block& x, uint32_t lo[8], uint32_t hi[8]) { sp_avx2(x, lo, hi); }
 };
 
 // Row k of A as its low and high 32-bit halves, words 2k and 2k + 1.
@@ -92,36 +101,23 @@ __attribute__((always_inline)) inline void rows_into(const row_half* rows, typen
 
 // out := L of a value given as halves, word i being hi[i]:lo[i]. The high
 // halves meet rows 0..31 and the low ones rows 32..63, for kLanes words at a
-// time. When side is given, S and P of that independent value go to side_lo
-// and side_hi on the way, a word per eighth of the rows: the table look-ups
-// use the scalar ports while the rows use the vector ones. side is not out.
+// time.
 template <class Isa>
-__attribute__((always_inline)) inline void l_pass(const uint32_t lo[8], const uint32_t hi[8], Block& out,
-                                                  const Block* side = nullptr, uint32_t* side_lo = nullptr,
-                                                  uint32_t* side_hi = nullptr) {
+__attribute__((always_inline)) inline void l_pass(const uint32_t lo[8], const uint32_t hi[8], Block& out) {
     typedef typename Isa::U U;
     constexpr int kGroups = 8 / Isa::kLanes;
-    constexpr int kChunk = 8 * kGroups;  // rows between two side words
     // The rows through an opaque pointer, so that the compiler keeps the
     // 512-byte table instead of materialising broadcast copies.
     const uint64_t* table = streebog_A;
     __asm__("" : "+r"(table));
     const row_half* rows = reinterpret_cast<const row_half*>(table);
-    int next_side = 0;
 #pragma GCC unroll 2
     for (int g = 0; g < kGroups; ++g) {
         U src, acc_lo = U{}, acc_hi = U{};
 #pragma GCC unroll 2
         for (int part = 0; part < 2; ++part) {
             __builtin_memcpy(&src, (part ? lo : hi) + Isa::kLanes * g, sizeof src);
-#pragma GCC unroll 4
-            for (int r = 0; r < 32; r += kChunk) {
-                rows_into<Isa, kChunk>(rows + 2 * (32 * part + r), src, acc_lo, acc_hi);
-                if (side) {
-                    sp_word(*side, next_side, side_lo[next_side], side_hi[next_side]);
-                    ++next_side;
-                }
-            }
+            rows_into<Isa, 32>(rows + 2 * (32 * part), src, acc_lo, acc_hi);
         }
         Isa::join(acc_lo, acc_hi, out.w + Isa::kLanes * g);
     }
@@ -131,7 +127,7 @@ __attribute__((always_inline)) inline void l_pass(const uint32_t lo[8], const ui
 template <class Isa>
 __attribute__((always_inline)) inline void lps(const Block& in, Block& out) {
     alignas(32) uint32_t lo[8], hi[8];
-    sp_halves(in, lo, hi);
+    Isa::sp(in, lo, hi);
     l_pass<Isa>(lo, hi, out);
 }
 
@@ -144,24 +140,19 @@ inline void key_step(Block& K, int i) {
 }
 
 // s := E(K, m); K is left at the last round key. The key schedule and the
-// state are two chains of LPS; their L passes alternate, each with S and P
-// of the other chain worked out beside it. k_* and s_* hold S and P of the
-// next key and state inputs.
+// state are two chains of LPS, worked a round at a time side by side.
 template <class Isa>
 __attribute__((always_inline)) inline void encrypt(Block& s, Block& K, const Block& m) {
     alignas(32) uint32_t k_lo[8], k_hi[8], s_lo[8], s_hi[8];
     Block t;
     xor_to(s, K, m);
-    load(t, streebog_C[0]);
-    xor_to(t, K, t);
-    sp_halves(t, k_lo, k_hi);
     for (int i = 0; i < 12; ++i) {
-        l_pass<Isa>(k_lo, k_hi, K, &s, s_lo, s_hi);  // K := round key i + 1
-        if (i < 11) {
-            load(t, streebog_C[i + 1]);
-            xor_to(t, K, t);
-        }
-        l_pass<Isa>(s_lo, s_hi, s, &t, k_lo, k_hi);  // after the last round the look-ups are spare
+        load(t, streebog_C[i]);
+        xor_to(t, K, t);
+        Isa::sp(t, k_lo, k_hi);
+        Isa::sp(s, s_lo, s_hi);
+        l_pass<Isa>(k_lo, k_hi, K);  // K := round key i + 1
+        l_pass<Isa>(s_lo, s_hi, s);
         xor_to(s, s, K);
     }
     volatile uint32_t* d[4] = {k_lo, k_hi, s_lo, s_hi};
