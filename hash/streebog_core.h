@@ -31,7 +31,9 @@ inline void add_small(Block& r, uint64_t v) {
     }
 }
 
-// S and P: word i of P(S(x)) has as byte j the substitute of byte i of word j.
+// S and P by table look-ups, for processors without SSSE3 only (the address
+// depends on the value): word i of P(S(x)) has as byte j the substitute of
+// byte i of word j.
 // The word is split into 32-bit halves, lo and hi, for the L pass.
 inline void sp_word(const Block& x, int i, uint32_t& lo, uint32_t& hi) {
     const unsigned char* b = reinterpret_cast<const unsigned char*>(x.w);

@@ -30,11 +30,24 @@ __attribute__((target("ssse3"), always_inline)) inline __m128i p_shuffle() {
                          p_index(Half, Part, 15));
 }
 
+// P from S(x) in r (16 bytes each): each 16 bytes of the halves gather from
+// a pair of 16-byte row pairs. Rows 0..3 give the low halves, 4..7 the high.
+__attribute__((target("ssse3"), always_inline)) inline void p_halves(const __m128i r[4], uint32_t lo[8],
+                                                                      uint32_t hi[8]) {
+    __m128i* out[2] = {reinterpret_cast<__m128i*>(lo), reinterpret_cast<__m128i*>(hi)};
+    for (int w = 0; w < 2; ++w) {
+        const __m128i a = r[2 * w], b = r[2 * w + 1];
+        _mm_storeu_si128(out[w], _mm_or_si128(_mm_shuffle_epi8(a, p_shuffle<0, 0>()),
+                                              _mm_shuffle_epi8(b, p_shuffle<0, 1>())));
+        _mm_storeu_si128(out[w] + 1, _mm_or_si128(_mm_shuffle_epi8(a, p_shuffle<1, 0>()),
+                                                  _mm_shuffle_epi8(b, p_shuffle<1, 1>())));
+    }
+}
+
 // S by sixteen shuffles: at step h the bytes whose high nibble is h are the
 // ones below 16 after subtracting 16 h; a saturating add of 0x70 leaves them
 // below 0x80 (pshufb looks up their low nibble in pi[16 h..]) and takes every
-// other byte to 0x80 or above (pshufb gives zero). Then P: each 16 bytes of
-// the halves gather from two rows pairs. Built for SSSE3 and for AVX2.
+// other byte to 0x80 or above (pshufb gives zero).
 __attribute__((target("ssse3"), always_inline)) inline void sp_body(const Block& x, uint32_t lo[8],
                                                                      uint32_t hi[8]) {
     __m128i v[4], r[4];
@@ -50,15 +63,29 @@ __attribute__((target("ssse3"), always_inline)) inline void sp_body(const Block&
             v[q] = _mm_sub_epi8(v[q], step);
         }
     }
-    // Rows 0..3 (bytes 0..31) give the low halves, rows 4..7 the high ones.
-    __m128i* out[2] = {reinterpret_cast<__m128i*>(lo), reinterpret_cast<__m128i*>(hi)};
-    for (int w = 0; w < 2; ++w) {
-        const __m128i a = r[2 * w], b = r[2 * w + 1];
-        _mm_storeu_si128(out[w], _mm_or_si128(_mm_shuffle_epi8(a, p_shuffle<0, 0>()),
-                                              _mm_shuffle_epi8(b, p_shuffle<0, 1>())));
-        _mm_storeu_si128(out[w] + 1, _mm_or_si128(_mm_shuffle_epi8(a, p_shuffle<1, 0>()),
-                                                  _mm_shuffle_epi8(b, p_shuffle<1, 1>())));
+    p_halves(r, lo, hi);
+}
+
+// The same S on 32 bytes at a time.
+__attribute__((target("avx2"), always_inline)) inline void sp_body_avx2(const Block& x, uint32_t lo[8],
+                                                                         uint32_t hi[8]) {
+    __m256i v[2], r[2];
+    for (int q = 0; q < 2; ++q) {
+        v[q] = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(x.w + 4 * q));
+        r[q] = _mm256_setzero_si256();
     }
+    const __m256i bias = _mm256_set1_epi8(0x70), step = _mm256_set1_epi8(16);
+    for (int h = 0; h < 16; ++h) {
+        const __m256i row =
+            _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(streebog_pi + 16 * h)));
+        for (int q = 0; q < 2; ++q) {
+            r[q] = _mm256_or_si256(r[q], _mm256_shuffle_epi8(row, _mm256_adds_epu8(v[q], bias)));
+            v[q] = _mm256_sub_epi8(v[q], step);
+        }
+    }
+    const __m128i q4[4] = {_mm256_castsi256_si128(r[0]), _mm256_extracti128_si256(r[0], 1),
+                           _mm256_castsi256_si128(r[1]), _mm256_extracti128_si256(r[1], 1)};
+    p_halves(q4, lo, hi);
 }
 
 void compress_sse2(Block& h, const Block& N, const Block& m) { compress_with<Sse2>(h, N, m); }
@@ -71,7 +98,7 @@ __attribute__((target("avx2"))) void compress_avx2(Block& h, const Block& N, con
 
 __attribute__((target("ssse3"))) void sp_ssse3(const Block& x, uint32_t lo[8], uint32_t hi[8]) { sp_body(x, lo, hi); }
 
-__attribute__((target("avx2"))) void sp_avx2(const Block& x, uint32_t lo[8], uint32_t hi[8]) { sp_body(x, lo, hi); }
+__attribute__((target("avx2"))) void sp_avx2(const Block& x, uint32_t lo[8], uint32_t hi[8]) { sp_body_avx2(x, lo, hi); }
 
 void sp_sse2(const Block& x, uint32_t lo[8], uint32_t hi[8]) {
     if (cpu_has_ssse3())
