@@ -126,7 +126,7 @@ KORVEX_API void GOST_34_11_2012_hash_256_end(type_uN<32>* out, stream_hash_2012_
 // --- building blocks ---------------------------------------------------------
 
 KORVEX_API void GOST_34_11_2012_Sbox(type_uN<64>* x) {
-    for (int i = 0; i < 64; ++i) x->b[i] = kx::streebog_pi[x->b[i]];
+    kx::streebog::s_bytes(x->b);
 }
 
 KORVEX_API void GOST_34_11_2012_Transposition(type_uN<64>* x) {

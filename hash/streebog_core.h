@@ -51,6 +51,8 @@ inline void sp_halves(const Block& x, uint32_t lo[8], uint32_t hi[8]) {
 void sp_ssse3(const Block& x, uint32_t lo[8], uint32_t hi[8]);
 void sp_avx2(const Block& x, uint32_t lo[8], uint32_t hi[8]);
 void sp_sse2(const Block& x, uint32_t lo[8], uint32_t hi[8]);  // SSSE3 when there, else sp_halves
+// S alone on 64 bytes in place, by the same shuffles (look-ups without SSSE3).
+void s_bytes(unsigned char x[64]);
 
 // The vector widths of the L pass. A lane holds one 32-bit half of one word.
 // Avx2 is only ever inlined into functions built for AVX2.

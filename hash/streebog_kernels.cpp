@@ -48,11 +48,10 @@ __attribute__((target("ssse3"), always_inline)) inline void p_halves(const __m12
 // ones below 16 after subtracting 16 h; a saturating add of 0x70 leaves them
 // below 0x80 (pshufb looks up their low nibble in pi[16 h..]) and takes every
 // other byte to 0x80 or above (pshufb gives zero).
-__attribute__((target("ssse3"), always_inline)) inline void sp_body(const Block& x, uint32_t lo[8],
-                                                                     uint32_t hi[8]) {
-    __m128i v[4], r[4];
+__attribute__((target("ssse3"), always_inline)) inline void s_body(const void* in, __m128i r[4]) {
+    __m128i v[4];
     for (int q = 0; q < 4; ++q) {
-        v[q] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x.w + 2 * q));
+        v[q] = _mm_loadu_si128(static_cast<const __m128i*>(in) + q);
         r[q] = _mm_setzero_si128();
     }
     const __m128i bias = _mm_set1_epi8(0x70), step = _mm_set1_epi8(16);
@@ -63,7 +62,19 @@ __attribute__((target("ssse3"), always_inline)) inline void sp_body(const Block&
             v[q] = _mm_sub_epi8(v[q], step);
         }
     }
+}
+
+__attribute__((target("ssse3"), always_inline)) inline void sp_body(const Block& x, uint32_t lo[8],
+                                                                     uint32_t hi[8]) {
+    __m128i r[4];
+    s_body(x.w, r);
     p_halves(r, lo, hi);
+}
+
+__attribute__((target("ssse3"))) void s_ssse3(unsigned char x[64]) {
+    __m128i r[4];
+    s_body(x, r);
+    for (int q = 0; q < 4; ++q) _mm_storeu_si128(reinterpret_cast<__m128i*>(x) + q, r[q]);
 }
 
 // The same S on 32 bytes at a time.
@@ -99,6 +110,14 @@ __attribute__((target("avx2"))) void compress_avx2(Block& h, const Block& N, con
 __attribute__((target("ssse3"))) void sp_ssse3(const Block& x, uint32_t lo[8], uint32_t hi[8]) { sp_body(x, lo, hi); }
 
 __attribute__((target("avx2"))) void sp_avx2(const Block& x, uint32_t lo[8], uint32_t hi[8]) { sp_body_avx2(x, lo, hi); }
+
+void s_bytes(unsigned char x[64]) {
+    if (cpu_has_ssse3()) {
+        s_ssse3(x);
+    } else {
+        for (int i = 0; i < 64; ++i) x[i] = streebog_pi[x[i]];
+    }
+}
 
 void sp_sse2(const Block& x, uint32_t lo[8], uint32_t hi[8]) {
     if (cpu_has_ssse3())
