@@ -27,6 +27,39 @@ inline bool cpu_has_avx2() {
     return s == 2;
 }
 
+// SSSE3 (pshufb): a CPU flag only. Probed on first use and cached.
+inline bool cpu_has_ssse3() {
+    static std::atomic<int> state{0};
+    int s = state.load(std::memory_order_relaxed);
+    if (s == 0) {
+        unsigned a, b, c, d;
+        s = __get_cpuid(1, &a, &b, &c, &d) && (c & bit_SSSE3) ? 2 : 1;
+        state.store(s, std::memory_order_relaxed);
+    }
+    return s == 2;
+}
+
+// AVX-512 F and BW with VBMI (byte permutes) and GFNI (GF(2) affine steps):
+// the CPU flags and the system saving the opmask and ZMM state (XCR0 bits 1,
+// 2, 5, 6 and 7). Probed on first use and cached like the above.
+inline bool cpu_has_avx512_vbmi_gfni() {
+    static std::atomic<int> state{0};
+    int s = state.load(std::memory_order_relaxed);
+    if (s == 0) {
+        unsigned a, b, c, d;
+        bool ok = false;
+        if (__get_cpuid(1, &a, &b, &c, &d) && (c & bit_OSXSAVE)) {
+            unsigned lo, hi;
+            __asm__("xgetbv" : "=a"(lo), "=d"(hi) : "c"(0));
+            ok = (lo & 0xE6) == 0xE6 && __get_cpuid_count(7, 0, &a, &b, &c, &d) && (b & (1u << 16)) &&
+                 (b & (1u << 30)) && (c & (1u << 1)) && (c & (1u << 8));
+        }
+        s = ok ? 2 : 1;
+        state.store(s, std::memory_order_relaxed);
+    }
+    return s == 2;
+}
+
 }  // namespace kx
 
 #endif

@@ -4,7 +4,7 @@
 
 #include "core/bytes.h"
 #include "hash/block_stream.h"
-#include "hash/streebog_core.h"
+#include "hash/streebog_run.h"
 
 namespace {
 
@@ -12,51 +12,18 @@ using kx::streebog::Block;
 
 constexpr Block kZero = {};
 
-// The running values of a message: chaining value, block sum, bit counter.
-struct Run {
-    Block h, sigma, N;
-};
-
-// The working values below are wiped before they go out of scope: the
-// message may be a secret (an HMAC key block, a PBKDF2 password).
-void absorb(Run& r, const unsigned char* p, size_t blocks) {
-    Block m;
-    for (; blocks; --blocks, p += 64) {
-        kx::streebog::load(m, p);
-        kx::streebog::compress(r.h, r.N, m);
-        kx::streebog::add_to(r.sigma, r.sigma, m);
-        kx::streebog::add_small(r.N, 512);
-    }
-    kx::wipe_obj(m);
-}
-
-// The last block (t bytes, then 0x01, then zeros; formed even when t is 0),
-// then the counter and the sum with a zero N.
-void finish(Run& r, const unsigned char* tail, unsigned t) {
-    unsigned char buf[64];
-    kx::copy(buf, tail, t);
-    buf[t] = 0x01;
-    kx::fill(buf + t + 1, 0, 63 - t);
-    Block m;
-    kx::streebog::load(m, buf);
-    kx::streebog::compress(r.h, r.N, m);
-    kx::streebog::add_to(r.sigma, r.sigma, m);
-    kx::streebog::add_small(r.N, 8ull * t);
-    kx::streebog::compress(r.h, kZero, r.N);
-    kx::streebog::compress(r.h, kZero, r.sigma);
-    kx::wipe(buf, sizeof buf);
-    kx::wipe_obj(m);
-}
+using kx::streebog::Run;
+using kx::streebog::wipe_words;
 
 void hash_whole(const unsigned char* data, unsigned int len, Block& h) {
     Run r;
     r.h = h;
     r.sigma = kZero;
     r.N = kZero;
-    absorb(r, data, len / 64);
-    finish(r, data + (len & ~63u), len % 64);
+    kx::streebog::absorb(r, data, len / 64);
+    kx::streebog::finish(r, data + (len & ~63u), len % 64);
     h = r.h;
-    kx::wipe_obj(r);
+    wipe_words(r);
 }
 
 void iv256(Block& h) {
@@ -90,11 +57,11 @@ void end(stream_hash_2012_t* st, Block& h) {
     Run r;
     load_run(r, st);
     unsigned t = st->pending_len & 63u;
-    finish(r, st->pending, t);
+    kx::streebog::finish(r, st->pending, t);
     st->pending_len = 0;
     store_run(st, r);
     h = r.h;
-    kx::wipe_obj(r);
+    wipe_words(r);
 }
 
 }  // namespace
@@ -103,7 +70,7 @@ KORVEX_API void GOST_34_11_2012_hash_512_bit(unsigned char* data, unsigned int l
     Block h = kZero;
     hash_whole(data, len, h);
     kx::streebog::store(out->b, h);
-    kx::wipe_obj(h);
+    wipe_words(h);
 }
 
 KORVEX_API void GOST_34_11_2012_hash_256_bit(unsigned char* data, unsigned int len, type_uN<32>* out) {
@@ -111,7 +78,7 @@ KORVEX_API void GOST_34_11_2012_hash_256_bit(unsigned char* data, unsigned int l
     iv256(h);
     hash_whole(data, len, h);
     for (int i = 0; i < 4; ++i) kx::store64(out->b + 8 * i, h.w[4 + i]);
-    kx::wipe_obj(h);
+    wipe_words(h);
 }
 
 KORVEX_API void GOST_34_11_2012_base(unsigned char* data, unsigned int len, type_uN<64>* h) {
@@ -119,7 +86,7 @@ KORVEX_API void GOST_34_11_2012_base(unsigned char* data, unsigned int len, type
     kx::streebog::load(v, h->b);
     hash_whole(data, len, v);
     kx::streebog::store(h->b, v);
-    kx::wipe_obj(v);
+    wipe_words(v);
 }
 
 KORVEX_API void GOST_34_11_2012_hash_256_init(stream_hash_2012_t* state) {
@@ -137,29 +104,29 @@ KORVEX_API void GOST_34_11_2012_hash_write(unsigned char* data, unsigned int len
     Run r;
     load_run(r, state);
     state->pending_len = static_cast<unsigned char>(kx::stream_blocks(
-        state->pending, state->pending_len & 63u, data, len, [&](const unsigned char* p, size_t n) { absorb(r, p, n); }));
+        state->pending, state->pending_len & 63u, data, len, [&](const unsigned char* p, size_t n) { kx::streebog::absorb(r, p, n); }));
     store_run(state, r);
-    kx::wipe_obj(r);
+    wipe_words(r);
 }
 
 KORVEX_API void GOST_34_11_2012_hash_512_end(type_uN<64>* out, stream_hash_2012_t* state) {
     Block h;
     end(state, h);
     kx::streebog::store(out->b, h);
-    kx::wipe_obj(h);
+    wipe_words(h);
 }
 
 KORVEX_API void GOST_34_11_2012_hash_256_end(type_uN<32>* out, stream_hash_2012_t* state) {
     Block h;
     end(state, h);
     for (int i = 0; i < 4; ++i) kx::store64(out->b + 8 * i, h.w[4 + i]);
-    kx::wipe_obj(h);
+    wipe_words(h);
 }
 
 // --- building blocks ---------------------------------------------------------
 
 KORVEX_API void GOST_34_11_2012_Sbox(type_uN<64>* x) {
-    for (int i = 0; i < 64; ++i) x->b[i] = kx::streebog_pi[x->b[i]];
+    kx::streebog::s_bytes(x->b);
 }
 
 KORVEX_API void GOST_34_11_2012_Transposition(type_uN<64>* x) {
@@ -205,6 +172,7 @@ KORVEX_API void GOST_34_11_2012_Key(type_uN<64>* K, unsigned char i) {
     kx::streebog::load(k, K->b);
     kx::streebog::key_step(k, i);
     kx::streebog::store(K->b, k);
+    wipe_words(k);
 }
 
 KORVEX_API void GOST_34_11_2012_E(type_uN<64>* state, type_uN<64>* K, type_uN<64>* m) {
@@ -217,6 +185,9 @@ KORVEX_API void GOST_34_11_2012_E(type_uN<64>* state, type_uN<64>* K, type_uN<64
     kx::streebog::encrypt<kx::streebog::Sse2>(s, k, v);
     kx::streebog::store(state->b, s);
     kx::streebog::store(K->b, k);
+    wipe_words(k);
+    wipe_words(v);
+    wipe_words(s);
 }
 
 KORVEX_API void GOST_34_11_2012_G(type_uN<64>* N, type_uN<64>* h, type_uN<64>* m) {
@@ -226,4 +197,6 @@ KORVEX_API void GOST_34_11_2012_G(type_uN<64>* N, type_uN<64>* h, type_uN<64>* m
     kx::streebog::load(x, m->b);
     kx::streebog::compress(v, n, x);
     kx::streebog::store(h->b, v);
+    wipe_words(v);
+    wipe_words(x);
 }
