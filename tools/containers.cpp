@@ -50,6 +50,10 @@ std::vector<KeyFiles> key_files(const std::string& dir) {
     return out;
 }
 
+[[noreturn]] void no_curve(const char* what) {
+    throw Error(std::string(what) + " does not record the key's curve: name it with --curve or --cert", 2);
+}
+
 // True when b holds one DER element (exactly, or with octets behind it).
 bool der_fits(const Bytes& b, bool exact) {
     if (b.size() < 2) return false;
@@ -71,10 +75,6 @@ void check_key_files(const KeyFiles& f, const Bytes& primary, const Bytes& masks
         throw Error(f.primary + ": truncated or damaged (not 36 or 70 octets of DER)", 4);
     if (masks.size() != 56 || !der_fits(masks, true))
         throw Error(f.masks + ": truncated or damaged (not 56 octets of DER)", 4);
-}
-
-[[noreturn]] void no_curve(const char* what) {
-    throw Error(std::string(what) + " does not record the key's curve: name it with --curve or --cert", 2);
 }
 
 }  // namespace

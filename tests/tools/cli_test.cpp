@@ -484,9 +484,11 @@ TEST_F(Cli, HostileFilesUnderSanitizers) {
     ASSERT_EQ(korvex("cms sign --key id.key --cert id.crt -o d.p7s id.crt").code, 0);
     fs::copy(fixture("container.000"), dir / "cp");
     copy_fixture("owner.crt");
+    fs::copy_file(std::string(KORVEX_VECTORS_DIR) + "/formats/pfx1.pfx", dir / "p.pfx");
     const struct { const char* file; std::string command; } kinds[] = {
         {"c.p15", "pkcs15 read c.p15 --cert id.crt " + std::string(kPass)},
-        {"c.p12", "pkcs12 open c.p12 --cert id.crt " + std::string(kPass)},
+        {"p.pfx", "pfx read p.pfx --pass pass:12345"},
+        {"c.p12", "pkcs12 open c.p12 " + std::string(kPass)},
         {"d.p7s", "cms verify d.p7s"},
         {"id.crt", "x509 show id.crt"},
         {"cp/primary.key", "cryptopro read cp --cert owner.crt --pass pass:12345678"},
