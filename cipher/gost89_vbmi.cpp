@@ -78,7 +78,9 @@ template <int G, int Rounds, bool Decrypt>
 KX_VBMI void rounds(__m512i* a, __m512i* b, const __m512i* k, const Boxes& x) {
 #pragma GCC unroll 32
     for (int r = 0; r < Rounds; r += 2) {
+#pragma GCC unroll 4
         for (int g = 0; g < G; ++g) b[g] = _mm512_xor_si512(b[g], f(_mm512_add_epi32(a[g], k[subkey(r, Decrypt)]), x));
+#pragma GCC unroll 4
         for (int g = 0; g < G; ++g) a[g] = _mm512_xor_si512(a[g], f(_mm512_add_epi32(b[g], k[subkey(r + 1, Decrypt)]), x));
     }
 }
@@ -92,12 +94,14 @@ KX_VBMI void cycle(uint64_t* blocks, const __m512i* k, const Boxes& x) {
     const __m512i lo = _mm512_set_epi32(23, 7, 22, 6, 21, 5, 20, 4, 19, 3, 18, 2, 17, 1, 16, 0);
     const __m512i hi = _mm512_add_epi32(lo, _mm512_set1_epi32(8));
     __m512i a[G], b[G];
+#pragma GCC unroll 4
     for (int g = 0; g < G; ++g) {
         const __m512i u0 = _mm512_loadu_si512(blocks + 16 * g), u1 = _mm512_loadu_si512(blocks + 16 * g + 8);
         a[g] = _mm512_permutex2var_epi32(u0, even, u1);
         b[g] = _mm512_permutex2var_epi32(u0, odd, u1);
     }
     rounds<G, 32, Decrypt>(a, b, k, x);
+#pragma GCC unroll 4
     for (int g = 0; g < G; ++g) {
         _mm512_storeu_si512(blocks + 16 * g, _mm512_permutex2var_epi32(b[g], lo, a[g]));
         _mm512_storeu_si512(blocks + 16 * g + 8, _mm512_permutex2var_epi32(b[g], hi, a[g]));
