@@ -18,13 +18,10 @@ Gost89Kernel gost89_kernel();
 void gost89_many_vbmi(uint64_t* blocks, size_t n, const Gost89Key& k, const Gost89TableWide& t, bool decrypt);
 void gost89_x4_vbmi(uint64_t blocks[4], const Gost89Key4& k, const Gost89TableWide& t);
 
-// The serial modes over whole blocks, on one block held in a register. *v is
-// the running value: the last ciphertext (CFB, CBC), the accumulator (MAC) or
-// the last output (OFB over zero plaintext: the output replaces the data).
+// The serial modes over whole blocks. *v is the running value: the last
+// ciphertext (CFB, CBC), the accumulator (MAC) or the last output (OFB over
+// zero plaintext: the output replaces the data).
 enum class Gost89Chain { kCfb, kCbc, kMac, kOfb };
-void gost89_serial_vbmi(unsigned char* data, size_t blocks, const Gost89Key& k, const Gost89TableWide& t,
-                        uint64_t* v, Gost89Chain mode);
-// The same over the portable round, for every processor.
 void gost89_serial(unsigned char* data, size_t blocks, const Gost89Key& k, const Gost89Table& t, uint64_t* v,
                    Gost89Chain mode);
 

@@ -1,17 +1,17 @@
 // The serial GOST 28147-89 modes (CFB and CBC encryption, the MAC, the
 // generator's chain): each block needs the previous one, so only the latency
-// of one block's cycle counts. Where AVX-512 VBMI is there, the cycle runs on
-// one block held in a vector register with the S-boxes substituted by two
-// in-register permutes per round, a shorter chain per round than the ANF's
-// mask network; otherwise on the portable round.
+// of one block's cycle counts. They run on the portable ANF round in general
+// registers: one block held in a vector register with the S-boxes substituted
+// by two in-register permutes per round (add, shift, ternary, vpermb, rotate,
+// ternary: about 8 cycles of latency) measured 7-10% slower here than the ANF
+// round for CFB, CBC and the MAC, so the permute kernel is used for parallel
+// blocks only.
 #include "cipher/gost89_kernels.h"
 
 namespace kx {
 
 void gost89_serial(unsigned char* data, size_t blocks, const Gost89Key& k, const Gost89Table& t, uint64_t* v,
                    Gost89Chain mode) {
-    const Gost89TableWide& tw = gost89_table_wide(t);
-    if (gost89_kernel() == Gost89Kernel::kVbmi) return gost89_serial_vbmi(data, blocks, k, tw, v, mode);
     uint64_t s = *v;
     for (; blocks; --blocks, data += 8) {
         switch (mode) {

@@ -31,18 +31,15 @@ struct Boxes {
     __m512i lo, hi, nib, pos;
 };
 
-// The S-boxes from the ANF words: every nibble of lane x set to x, the round
-// function evaluated on all sixteen lanes at once, the rotation undone; then
+// The S-boxes from the ANF words: the round function evaluated on every
+// nibble set to x, x = 0..15, the rotation undone; then
 // byte j of lane x goes to byte 16j + x.
 __attribute__((target("avx512f,avx512bw,avx512vbmi"))) Boxes boxes(const Gost89TableWide& t) {
-    typedef uint32_t V16 __attribute__((vector_size(64)));
-    V16 w[15], x;
-    for (int m = 0; m < 15; ++m) w[m] = V16{} + t.w[m][0];
-    for (int i = 0; i < 16; ++i) x[i] = 0x11111111u * static_cast<uint32_t>(i);
-    const V16 f = gost89_f_lanes<V16>(x, w);
-    __m512i y;
-    __builtin_memcpy(&y, &f, sizeof y);
-    y = _mm512_ror_epi32(y, 11);
+    uint32_t w[16] = {};
+    for (int m = 0; m < 15; ++m) w[m] = t.w[m][0];
+    alignas(64) uint32_t v[16];
+    for (uint32_t i = 0; i < 16; ++i) v[i] = gost89_f(0x11111111u * i, w);
+    const __m512i y = _mm512_ror_epi32(_mm512_load_si512(v), 11);
     alignas(64) unsigned char perm[64];
     for (int j = 0; j < 4; ++j)
         for (int i = 0; i < 16; ++i) perm[16 * j + i] = static_cast<unsigned char>(4 * i + j);
@@ -55,13 +52,15 @@ __attribute__((target("avx512f,avx512bw,avx512vbmi"))) Boxes boxes(const Gost89T
     return b;
 }
 
-// f(s): two index vectors ((s & 0F) | pos, in one ternary op each), two
-// permutes, the 11-bit rotation.
-KX_VBMI __m512i f(__m512i s, const Boxes& b) {
+// d ^ f(s): two index vectors ((s & 0F) | pos, in one ternary op each), two
+// permutes, each rotated by 11 and both XORed into d in one ternary op (so
+// the chain after the permutes is two operations, not three).
+KX_VBMI __m512i xor_f(__m512i d, __m512i s, const Boxes& b) {
     const __m512i il = _mm512_ternarylogic_epi32(s, b.nib, b.pos, 0xEA);
     const __m512i ih = _mm512_ternarylogic_epi32(_mm512_srli_epi32(s, 4), b.nib, b.pos, 0xEA);
-    const __m512i y = _mm512_or_si512(_mm512_permutexvar_epi8(il, b.lo), _mm512_permutexvar_epi8(ih, b.hi));
-    return _mm512_rol_epi32(y, 11);
+    const __m512i yl = _mm512_rol_epi32(_mm512_permutexvar_epi8(il, b.lo), 11);
+    const __m512i yh = _mm512_rol_epi32(_mm512_permutexvar_epi8(ih, b.hi), 11);
+    return _mm512_ternarylogic_epi32(d, yl, yh, 0x96);
 }
 
 // Subkey index of round r (0..31): 32-Z takes K0..K7 three times then K7..K0;
@@ -79,9 +78,9 @@ KX_VBMI void rounds(__m512i* a, __m512i* b, const __m512i* k, const Boxes& x) {
 #pragma GCC unroll 32
     for (int r = 0; r < Rounds; r += 2) {
 #pragma GCC unroll 4
-        for (int g = 0; g < G; ++g) b[g] = _mm512_xor_si512(b[g], f(_mm512_add_epi32(a[g], k[subkey(r, Decrypt)]), x));
+        for (int g = 0; g < G; ++g) b[g] = xor_f(b[g], _mm512_add_epi32(a[g], k[subkey(r, Decrypt)]), x);
 #pragma GCC unroll 4
-        for (int g = 0; g < G; ++g) a[g] = _mm512_xor_si512(a[g], f(_mm512_add_epi32(b[g], k[subkey(r + 1, Decrypt)]), x));
+        for (int g = 0; g < G; ++g) a[g] = xor_f(a[g], _mm512_add_epi32(b[g], k[subkey(r + 1, Decrypt)]), x);
     }
 }
 
@@ -146,42 +145,6 @@ __attribute__((target("avx512f,avx512bw,avx512vbmi"))) void gost89_x4_vbmi(uint6
     cycle<1, false>(buf, k, x);
     copy(blocks, buf, 32);
     wipe(buf, sizeof buf);
-    for (int i = 0; i < 8; ++i) k[i] = _mm512_setzero_si512();
-    __asm__ volatile("" : : "m"(k));
-}
-
-// Serial chains, one block in lane 0: the whole cycle stays in registers and
-// the boxes are built once per call.
-namespace {
-template <int Rounds>
-KX_VBMI uint64_t one(uint64_t v, const __m512i* k, const Boxes& x) {
-    __m512i a = _mm512_castsi128_si512(_mm_cvtsi32_si128(static_cast<int>(v)));
-    __m512i b = _mm512_castsi128_si512(_mm_cvtsi32_si128(static_cast<int>(v >> 32)));
-    rounds<1, Rounds, false>(&a, &b, k, x);
-    const uint64_t lo = static_cast<uint32_t>(_mm_cvtsi128_si32(_mm512_castsi512_si128(a)));
-    const uint64_t hi = static_cast<uint32_t>(_mm_cvtsi128_si32(_mm512_castsi512_si128(b)));
-    // 32-Z exchanges the halves, the 16-round MAC cycle does not.
-    return Rounds == 32 ? (lo << 32 | hi) : (hi << 32 | lo);
-}
-}  // namespace
-
-__attribute__((target("avx512f,avx512bw,avx512vbmi"))) void gost89_serial_vbmi(unsigned char* data, size_t blocks,
-                                                                               const Gost89Key& key,
-                                                                               const Gost89TableWide& t, uint64_t* v,
-                                                                               Gost89Chain mode) {
-    const Boxes x = boxes(t);
-    __m512i k[8];
-    for (int i = 0; i < 8; ++i) k[i] = _mm512_set1_epi32(static_cast<int>(key.k[i]));
-    uint64_t s = *v;
-    for (; blocks; --blocks, data += 8) {
-        switch (mode) {
-            case Gost89Chain::kCfb: s = load64(data) ^ one<32>(s, k, x); store64(data, s); break;
-            case Gost89Chain::kCbc: s = one<32>(load64(data) ^ s, k, x); store64(data, s); break;
-            case Gost89Chain::kMac: s = one<16>(load64(data) ^ s, k, x); break;
-            case Gost89Chain::kOfb: s = one<32>(s, k, x); store64(data, s); break;
-        }
-    }
-    *v = s;
     for (int i = 0; i < 8; ++i) k[i] = _mm512_setzero_si512();
     __asm__ volatile("" : : "m"(k));
 }
