@@ -140,6 +140,16 @@ inline uint64_t gost89_ctr_next(uint64_t ctr) {
     return static_cast<uint64_t>(n2) << 32 | n1;
 }
 
+// The counter j >= 1 steps on, each step as gost89_ctr_next: the high half,
+// kept in [1, 2^32 - 1] by the end-around carry after its first step, is
+// (N2 + j C1 - 1) mod (2^32 - 1) + 1. Independent of the other steps, so a
+// group of counters has no chain; the division by a constant is a multiply.
+inline uint64_t gost89_ctr_advance(uint64_t ctr, uint32_t j) {
+    const uint32_t n1 = static_cast<uint32_t>(ctr) + j * 0x01010101u;
+    const uint64_t y = (ctr >> 32) + uint64_t{j} * 0x01010104u;
+    return ((y - 1) % 0xFFFFFFFFu + 1) << 32 | n1;
+}
+
 // Several independent blocks at once, one per 32-bit vector lane, on the
 // widest kernel the processor has (gost89_kernels.h: AVX-512 VBMI permutes,
 // or the bit-sliced round on AVX2 or SSE2; all constant-time): the parallel
