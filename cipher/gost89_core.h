@@ -143,11 +143,15 @@ inline uint64_t gost89_ctr_next(uint64_t ctr) {
 // The counter j >= 1 steps on, each step as gost89_ctr_next: the high half,
 // kept in [1, 2^32 - 1] by the end-around carry after its first step, is
 // (N2 + j C1 - 1) mod (2^32 - 1) + 1. Independent of the other steps, so a
-// group of counters has no chain; the division by a constant is a multiply.
+// group of counters has no chain.
 inline uint64_t gost89_ctr_advance(uint64_t ctr, uint32_t j) {
     const uint32_t n1 = static_cast<uint32_t>(ctr) + j * 0x01010101u;
-    const uint64_t y = (ctr >> 32) + uint64_t{j} * 0x01010104u;
-    return ((y - 1) % 0xFFFFFFFFu + 1) << 32 | n1;
+    // t = N2 + j C1 - 1 < 2^33 (j is at most a group's size): one end-around
+    // fold leaves at most 2^32, one masked subtraction a residue below 2^32 - 1.
+    uint64_t t = (ctr >> 32) + uint64_t{j} * 0x01010104u - 1;
+    t = (t & 0xFFFFFFFFu) + (t >> 32);
+    t -= 0xFFFFFFFFu & (0 - static_cast<uint64_t>(t >= 0xFFFFFFFFu));
+    return (t + 1) << 32 | n1;
 }
 
 // Several independent blocks at once, one per 32-bit vector lane, on the
