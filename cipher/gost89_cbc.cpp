@@ -11,10 +11,7 @@ KORVEX_API type_u64 GOST_28147_89_Z_CBC(unsigned char* data, unsigned int len, t
     if (len < 8) return v;
     const Gost89Table& t = gost89_table(sbox);
     Gost89Key k = gost89_key(key);
-    for (; len >= 8; len -= 8, data += 8) {
-        v = gost89_encrypt(load64(data) ^ v, k, t);
-        store64(data, v);
-    }
+    gost89_cbc_encrypt(data, len / 8, k, t, &v);
     gost89_wipe(k);
     return v;
 }

@@ -1,7 +1,7 @@
 // GOST 28147-89 cipher feedback mode. A trailing partial block is enciphered
 // with the next gamma block in both directions.
 #include "GOST_28147_89.h"
-#include "cipher/gost89_core.h"
+#include "cipher/gost89_kernels.h"
 
 namespace kx {
 
@@ -26,10 +26,9 @@ void gost89_cfb(unsigned char* data, size_t len, const Gost89Key& k, const Gost8
         }
         wipe(g, sizeof g);
     } else {
-        for (; len >= 8; len -= 8, data += 8) {
-            v = load64(data) ^ gost89_encrypt(v, k, t);
-            store64(data, v);
-        }
+        gost89_serial(data, len / 8, k, t, &v, Gost89Chain::kCfb);
+        data += len & ~size_t{7};
+        len &= 7;
     }
     if (len) {
         unsigned char g[8];

@@ -140,12 +140,27 @@ inline uint64_t gost89_ctr_next(uint64_t ctr) {
     return static_cast<uint64_t>(n2) << 32 | n1;
 }
 
-// Several independent blocks at once, one per 32-bit vector lane, with the
-// same bit-sliced round (so just as constant-time): the parallel modes run up
-// to eight blocks under one key (AVX2 when the processor has it, otherwise
-// two SSE2 passes), and callers with four keys (the GOST R 34.11-94 key
-// generation) run four blocks under four keys.
-constexpr size_t kGost89Lanes = 8;
+// The counter j >= 1 steps on, each step as gost89_ctr_next: the high half,
+// kept in [1, 2^32 - 1] by the end-around carry after its first step, is
+// (N2 + j C1 - 1) mod (2^32 - 1) + 1. Independent of the other steps, so a
+// group of counters has no chain.
+inline uint64_t gost89_ctr_advance(uint64_t ctr, uint32_t j) {
+    const uint32_t n1 = static_cast<uint32_t>(ctr) + j * 0x01010101u;
+    // t = N2 + j C1 - 1 < 2^33 (j is at most a group's size): one end-around
+    // fold leaves at most 2^32, one masked subtraction a residue below 2^32 - 1.
+    uint64_t t = (ctr >> 32) + uint64_t{j} * 0x01010104u - 1;
+    t = (t & 0xFFFFFFFFu) + (t >> 32);
+    t -= 0xFFFFFFFFu & (0 - static_cast<uint64_t>(t >= 0xFFFFFFFFu));
+    return (t + 1) << 32 | n1;
+}
+
+// Several independent blocks at once, one per 32-bit vector lane, on the
+// widest kernel the processor has (gost89_kernels.h: AVX-512 VBMI permutes,
+// or the bit-sliced round on AVX2 or SSE2; all constant-time): the parallel
+// modes hand over up to kGost89Lanes blocks under one key, and callers with
+// four keys (the GOST R 34.11-94 key generation) run four blocks under four
+// keys.
+constexpr size_t kGost89Lanes = 64;
 
 // A table with every word repeated over the eight lanes.
 struct alignas(32) Gost89TableWide {
@@ -159,7 +174,7 @@ typedef Gost89TableWide Gost89Table4;
 inline const Gost89TableWide& gost89_table4(const Gost89Table& t) { return gost89_table_wide(t); }
 inline const Gost89TableWide& gost89_table4(unsigned char sbox) { return gost89_table_wide(gost89_table(sbox)); }
 
-// 32-Z or 32-R of blocks[0..n-1] in place, 1 <= n <= kGost89Lanes, one key.
+// 32-Z or 32-R of blocks[0..n-1] in place, n >= 1, one key.
 void gost89_encrypt_many(uint64_t* blocks, size_t n, const Gost89Key& k, const Gost89TableWide& t);
 void gost89_decrypt_many(uint64_t* blocks, size_t n, const Gost89Key& k, const Gost89TableWide& t);
 
@@ -190,6 +205,8 @@ void gost89_ecb(unsigned char* data, size_t len, const Gost89Key& k, const Gost8
 void gost89_ctr(unsigned char* data, size_t len, const Gost89Key& k, const Gost89Table& t, uint64_t* ctr, uint64_t* tail_gamma);
 // CFB with the running value *s (the last ciphertext block).
 void gost89_cfb(unsigned char* data, size_t len, const Gost89Key& k, const Gost89Table& t, uint64_t* s, bool decrypt);
+// CBC encryption over the whole blocks of data, from the running value *v.
+void gost89_cbc_encrypt(unsigned char* data, size_t blocks, const Gost89Key& k, const Gost89Table& t, uint64_t* v);
 // MAC over the whole blocks of data, from the running value acc.
 uint64_t gost89_mac_blocks(const unsigned char* data, size_t blocks, const Gost89Key& k, const Gost89Table& t, uint64_t acc);
 

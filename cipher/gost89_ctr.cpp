@@ -12,7 +12,8 @@ void gost89_ctr(unsigned char* data, size_t len, const Gost89Key& k, const Gost8
     uint64_t g[kGost89Lanes];
     while (len >= 8) {
         const size_t n = len / 8 < kGost89Lanes ? len / 8 : kGost89Lanes;
-        for (size_t i = 0; i < n; ++i) g[i] = c = gost89_ctr_next(c);
+        for (size_t i = 0; i < n; ++i) g[i] = gost89_ctr_advance(c, static_cast<uint32_t>(i + 1));
+        c = g[n - 1];
         gost89_encrypt_many(g, n, k, tw);
         for (size_t i = 0; i < n; ++i) store64(data + 8 * i, load64(data + 8 * i) ^ g[i]);
         data += 8 * n;

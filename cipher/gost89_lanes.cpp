@@ -8,7 +8,9 @@
 // always inlined into the AVX2 kernel, so the ABI note does not apply.
 #pragma GCC diagnostic ignored "-Wpsabi"
 
-#include "cipher/gost89_core.h"
+#include <immintrin.h>
+
+#include "cipher/gost89_kernels.h"
 #include "core/cpu.h"
 
 namespace kx {
@@ -16,33 +18,47 @@ namespace {
 
 typedef uint32_t V4 __attribute__((vector_size(16)));
 typedef uint32_t V8 __attribute__((vector_size(32)));
-typedef int32_t M4 __attribute__((vector_size(16)));
-typedef int32_t M8 __attribute__((vector_size(32)));
-template <int L> struct Mask;
-template <> struct Mask<4> { typedef M4 T; };
-template <> struct Mask<8> { typedef M8 T; };
 
 // Blocks <-> lanes: a holds the N1 halves, b the N2 halves; the cycles end by
-// exchanging the halves, so b goes back to the low words.
+// exchanging the halves, so b goes back to the low words. The eight-lane form
+// keeps the lanes in the order the 128-bit shuffles leave them, which the
+// inverse undoes.
+__attribute__((always_inline)) inline void split(const uint64_t* p, V4& a, V4& b) {
+    const __m128 u0 = _mm_loadu_ps(reinterpret_cast<const float*>(p));
+    const __m128 u1 = _mm_loadu_ps(reinterpret_cast<const float*>(p + 2));
+    const __m128 x = _mm_shuffle_ps(u0, u1, _MM_SHUFFLE(2, 0, 2, 0)), y = _mm_shuffle_ps(u0, u1, _MM_SHUFFLE(3, 1, 3, 1));
+    __builtin_memcpy(&a, &x, sizeof a);
+    __builtin_memcpy(&b, &y, sizeof b);
+}
+__attribute__((always_inline)) inline void join(uint64_t* p, const V4& a, const V4& b) {
+    __m128i x, y;
+    __builtin_memcpy(&x, &a, sizeof x);
+    __builtin_memcpy(&y, &b, sizeof y);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm_unpacklo_epi32(y, x));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 2), _mm_unpackhi_epi32(y, x));
+}
+__attribute__((target("avx2"), always_inline)) inline void split(const uint64_t* p, V8& a, V8& b) {
+    const __m256 u0 = _mm256_loadu_ps(reinterpret_cast<const float*>(p));
+    const __m256 u1 = _mm256_loadu_ps(reinterpret_cast<const float*>(p + 4));
+    const __m256 x = _mm256_shuffle_ps(u0, u1, _MM_SHUFFLE(2, 0, 2, 0));
+    const __m256 y = _mm256_shuffle_ps(u0, u1, _MM_SHUFFLE(3, 1, 3, 1));
+    __builtin_memcpy(&a, &x, sizeof a);
+    __builtin_memcpy(&b, &y, sizeof b);
+}
+__attribute__((target("avx2"), always_inline)) inline void join(uint64_t* p, const V8& a, const V8& b) {
+    __m256i x, y;
+    __builtin_memcpy(&x, &a, sizeof x);
+    __builtin_memcpy(&y, &b, sizeof y);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm256_unpacklo_epi32(y, x));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p + 4), _mm256_unpackhi_epi32(y, x));
+}
+
 template <class V, int L, bool Decrypt>
 __attribute__((always_inline)) inline void cycle(uint64_t* blocks, const V* k, const V* w) {
-    typedef typename Mask<L>::T M;
-    V u0, u1;
-    __builtin_memcpy(&u0, blocks, sizeof u0);
-    __builtin_memcpy(&u1, blocks + L / 2, sizeof u1);
-    M even, odd, lo, hi;
-    for (int i = 0; i < L; ++i) {
-        even[i] = 2 * i;
-        odd[i] = 2 * i + 1;
-        lo[i] = (i & 1 ? L : 0) + i / 2;
-        hi[i] = (i & 1 ? L : 0) + L / 2 + i / 2;
-    }
-    V a = __builtin_shuffle(u0, u1, even), b = __builtin_shuffle(u0, u1, odd);
+    V a, b;
+    split(blocks, a, b);
     gost89_rounds32<V, Decrypt>(a, b, k, w);
-    u0 = __builtin_shuffle(b, a, lo);
-    u1 = __builtin_shuffle(b, a, hi);
-    __builtin_memcpy(blocks, &u0, sizeof u0);
-    __builtin_memcpy(blocks + L / 2, &u1, sizeof u1);
+    join(blocks, a, b);
 }
 
 template <class V, int L>
@@ -61,35 +77,42 @@ void many_sse2(uint64_t* blocks, const Gost89Key& key, const Gost89TableWide& t,
     one_key<V4, 4>(blocks + 4, key, t, decrypt);
 }
 
+// The eight-lane twin of one_key (spelt out: its helpers need the target).
 __attribute__((target("avx2"))) void many_avx2(uint64_t* blocks, const Gost89Key& key, const Gost89TableWide& t,
                                                bool decrypt) {
-    one_key<V8, 8>(blocks, key, t, decrypt);
+    V8 k[8], w[15], a, b;
+    for (int i = 0; i < 8; ++i) k[i] = V8{} + key.k[i];
+    for (int m = 0; m < 15; ++m) __builtin_memcpy(&w[m], t.w[m], sizeof(V8));
+    split(blocks, a, b);
+    if (decrypt) gost89_rounds32<V8, true>(a, b, k, w);
+    else gost89_rounds32<V8, false>(a, b, k, w);
+    join(blocks, a, b);
+    wipe(k, sizeof k);
 }
 
-bool have_avx2() {
-#ifdef KORVEX_GOST89_NO_AVX2
-    // Test builds that exercise the SSE2 path on machines with AVX2.
-    return false;
-#else
-    return cpu_has_avx2();
-#endif
-}
-
-void many(uint64_t* blocks, size_t n, const Gost89Key& k, const Gost89TableWide& t, bool decrypt) {
-    const bool avx2 = have_avx2();
-    if (n == kGost89Lanes) {
+// Groups of eight blocks; a short last group runs in a zero-filled full one.
+void many_narrow(uint64_t* blocks, size_t n, const Gost89Key& k, const Gost89TableWide& t, bool decrypt,
+                 bool avx2) {
+    for (; n >= 8; n -= 8, blocks += 8) {
         if (avx2) many_avx2(blocks, k, t, decrypt);
         else many_sse2(blocks, k, t, decrypt);
-        return;
     }
-    // A short group runs in a zero-filled full one.
-    uint64_t b[kGost89Lanes] = {};
+    if (n == 0) return;
+    uint64_t b[8] = {};
     copy(b, blocks, 8 * n);
     if (avx2) many_avx2(b, k, t, decrypt);
     else if (n <= 4) one_key<V4, 4>(b, k, t, decrypt);
     else many_sse2(b, k, t, decrypt);
     copy(blocks, b, 8 * n);
     wipe(b, sizeof b);
+}
+
+void many(uint64_t* blocks, size_t n, const Gost89Key& k, const Gost89TableWide& t, bool decrypt) {
+    switch (gost89_kernel()) {
+        case Gost89Kernel::kVbmi: gost89_many_vbmi(blocks, n, k, t, decrypt); break;
+        case Gost89Kernel::kAvx2: many_narrow(blocks, n, k, t, decrypt, true); break;
+        case Gost89Kernel::kSse2: many_narrow(blocks, n, k, t, decrypt, false); break;
+    }
 }
 
 }  // namespace
@@ -102,7 +125,16 @@ void gost89_decrypt_many(uint64_t* blocks, size_t n, const Gost89Key& k, const G
     many(blocks, n, k, t, true);
 }
 
+Gost89Kernel gost89_kernel() {
+#if defined(KORVEX_GOST89_KERNEL)
+    return static_cast<Gost89Kernel>(KORVEX_GOST89_KERNEL);
+#else
+    return cpu_has_avx512vbmi() ? Gost89Kernel::kVbmi : cpu_has_avx2() ? Gost89Kernel::kAvx2 : Gost89Kernel::kSse2;
+#endif
+}
+
 void gost89_encrypt_x4(uint64_t blocks[4], const Gost89Key4& key, const Gost89TableWide& t) {
+    if (gost89_kernel() == Gost89Kernel::kVbmi) return gost89_x4_vbmi(blocks, key, t);
     V4 k[8], w[15];
     for (int i = 0; i < 8; ++i) __builtin_memcpy(&k[i], key.k[i], sizeof(V4));
     for (int m = 0; m < 15; ++m) __builtin_memcpy(&w[m], t.w[m], sizeof(V4));

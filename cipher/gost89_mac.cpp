@@ -7,12 +7,6 @@
 
 namespace kx {
 
-uint64_t gost89_mac_blocks(const unsigned char* data, size_t blocks, const Gost89Key& k, const Gost89Table& t,
-                           uint64_t acc) {
-    for (; blocks; --blocks, data += 8) acc = gost89_mac16(acc ^ load64(data), k, t);
-    return acc;
-}
-
 namespace {
 
 // The tail of t < 8 bytes is zero-padded: XOR it onto the first bytes of acc.

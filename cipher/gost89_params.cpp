@@ -111,7 +111,7 @@ namespace {
 constexpr Gost89TableWide broadcast(const Gost89Table& t) {
     Gost89TableWide r{};
     for (int m = 0; m < 15; ++m)
-        for (size_t i = 0; i < kGost89Lanes; ++i) r.w[m][i] = t.w[m];
+        for (size_t i = 0; i < 8; ++i) r.w[m][i] = t.w[m];
     return r;
 }
 }  // namespace

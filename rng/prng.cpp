@@ -3,7 +3,7 @@
 // bytes of the result replace key and synchro before the last 32 are handed
 // out, so the state never holds anything from which earlier output follows.
 #include "PRNG.h"
-#include "cipher/gost89_core.h"
+#include "cipher/gost89_kernels.h"
 #include "core/bytes.h"
 #include "rng/prng_state.h"
 
@@ -26,10 +26,11 @@ int prng_step(unsigned char* out) {
     const Gost89Table& table = gost89_table(2);
     Gost89Key key = gost89_key(prng_state);
     uint64_t v = load64(prng_state + 32);
-    uint64_t o[9];
-    for (int i = 0; i < 9; ++i) o[i] = v = gost89_encrypt(v, key, table);
-    for (int i = 0; i < 5; ++i) store64(prng_state + 8 * i, o[i]);
-    for (int i = 0; i < 4; ++i) store64(out + 8 * i, o[5 + i]);
+    uint64_t o[9] = {};
+    unsigned char* b = reinterpret_cast<unsigned char*>(o);
+    gost89_serial(b, 9, key, table, &v, Gost89Chain::kOfb);  // on the fastest constant-time kernel
+    copy(prng_state, b, 40);
+    copy(out, b + 40, 32);
     gost89_wipe(key);
     wipe(o, sizeof o);
     wipe(&v, sizeof v);
