@@ -1,5 +1,6 @@
 // Published values of the GOST R 34.10-2001 parameter sets.
 #include "ec/curves_2001.h"
+#include "ec/fast_ops.h"
 
 namespace kx {
 namespace ec {
@@ -41,7 +42,22 @@ constexpr Curve256 kTest = {
     {{0x2B96ABBCEA7E8FC8ull, 0x85C97F0A9CA26712ull, 0xBD6316030E16D19Cull, 0x08E2A8A0E65147D4ull}},  // y
 };
 
+// The engine constants, computed by the compiler from the records above.
+constexpr grp::Curve<4> kFastA = make_curve<4>(kCryptoProA);
+constexpr grp::Curve<4> kFastB = make_curve<4>(kCryptoProB);
+constexpr grp::Curve<4> kFastC = make_curve<4>(kCryptoProC);
+constexpr grp::Curve<4> kFastTest = make_curve<4>(kTest);
+
 }  // namespace
+
+Bound<4, Curve256> bound_2001(unsigned char set) {
+    switch (set) {
+        case 1: return {kCryptoProA, &kFastA};
+        case 2: return {kCryptoProB, &kFastB};
+        case 3: return {kCryptoProC, &kFastC};
+        default: return {kTest, &kFastTest};
+    }
+}
 
 const Curve256& curve_2001(unsigned char set) {
     switch (set) {

@@ -1,0 +1,203 @@
+// Constant-time arithmetic modulo an odd m of W 64-bit words, in Montgomery
+// form (R = 2^(64W)): the field layer of the fast engine behind keys,
+// signatures and VKO, used both mod p (coordinates) and mod q (scalars).
+//
+// Portable C++ over unsigned __int128 (GCC and clang turn the chains into
+// mul/adc), constexpr so that each curve's constants (R^2 mod m, -1/m mod
+// 2^64) are computed by the compiler: no tables to keep in step by hand and
+// no run-time initialisation. No branch and no memory index depends on an
+// operand; only the modulus and exponents of pow() steer control flow, and
+// they are public.
+#ifndef KORVEX_EC_FIELD_H
+#define KORVEX_EC_FIELD_H
+
+#include <stdint.h>
+
+#include "ec/bignum.h"
+
+namespace kx {
+namespace fe {
+
+using u128 = unsigned __int128;
+template <unsigned W>
+using N = bn::Num<W>;
+
+// All-ones when bit is 1, zero when 0.
+constexpr uint64_t mask(uint64_t bit) { return 0 - bit; }
+
+// r = a + b + 0; returns the carry.
+template <unsigned W>
+constexpr uint64_t add_c(N<W>& r, const N<W>& a, const N<W>& b) {
+    uint64_t c = 0;
+    for (unsigned i = 0; i < W; ++i) {
+        u128 s = static_cast<u128>(a.w[i]) + b.w[i] + c;
+        r.w[i] = static_cast<uint64_t>(s);
+        c = static_cast<uint64_t>(s >> 64);
+    }
+    return c;
+}
+
+// r = a - b; returns the borrow (1 when a < b).
+template <unsigned W>
+constexpr uint64_t sub_b(N<W>& r, const N<W>& a, const N<W>& b) {
+    uint64_t c = 0;
+    for (unsigned i = 0; i < W; ++i) {
+        u128 d = static_cast<u128>(a.w[i]) - b.w[i] - c;
+        r.w[i] = static_cast<uint64_t>(d);
+        c = static_cast<uint64_t>(d >> 64) & 1;
+    }
+    return c;
+}
+
+// r = m ? a : b for m all-ones or zero.
+template <unsigned W>
+constexpr void select(N<W>& r, uint64_t m, const N<W>& a, const N<W>& b) {
+    for (unsigned i = 0; i < W; ++i) r.w[i] = (a.w[i] & m) | (b.w[i] & ~m);
+}
+
+// All-ones when a = 0.
+template <unsigned W>
+constexpr uint64_t zero_mask(const N<W>& a) {
+    uint64_t acc = 0;
+    for (unsigned i = 0; i < W; ++i) acc |= a.w[i];
+    return mask(((acc | (0 - acc)) >> 63) ^ 1);
+}
+
+// All-ones when a < b.
+template <unsigned W>
+constexpr uint64_t less_mask(const N<W>& a, const N<W>& b) {
+    N<W> t{};
+    return mask(sub_b(t, a, b));
+}
+
+// The modulus and its Montgomery constants.
+template <unsigned W>
+struct Mod {
+    N<W> m;
+    uint64_t n0;  // -1/m mod 2^64
+    N<W> rr;      // R^2 mod m
+    N<W> one;     // R mod m
+};
+
+// One conditional subtraction of m from hi * 2^(64W) + a (a value < 2m).
+template <unsigned W>
+constexpr void reduce_once(N<W>& r, uint64_t hi, const N<W>& a, const N<W>& m) {
+    N<W> d{};
+    uint64_t b = sub_b(d, a, m);
+    select(r, mask(hi | (b ^ 1)), d, a);
+}
+
+// r = a + b mod m for a, b < m. The selection rule (carry out or sum >= m)
+// is exactly that of bn::add_mod, so it also matches it on unreduced input.
+template <unsigned W>
+constexpr void add(N<W>& r, const N<W>& a, const N<W>& b, const N<W>& m) {
+    N<W> s{};
+    uint64_t c = add_c(s, a, b);
+    reduce_once(r, c, s, m);
+}
+
+// r = a - b mod m (m added back when the difference borrowed).
+template <unsigned W>
+constexpr void sub(N<W>& r, const N<W>& a, const N<W>& b, const N<W>& m) {
+    N<W> d{}, mm{};
+    uint64_t bw = sub_b(d, a, b);
+    select(mm, mask(bw), m, mm);
+    add_c(r, d, mm);
+}
+
+// r = a * b / R mod m (CIOS). Needs a * b < m * R (for instance a < m and
+// any b < R); the result is then below m.
+template <unsigned W>
+constexpr void mul(N<W>& r, const N<W>& a, const N<W>& b, const Mod<W>& M) {
+    uint64_t t[W + 2] = {};
+    for (unsigned i = 0; i < W; ++i) {
+        uint64_t c = 0;
+        for (unsigned j = 0; j < W; ++j) {
+            u128 s = static_cast<u128>(a.w[j]) * b.w[i] + t[j] + c;
+            t[j] = static_cast<uint64_t>(s);
+            c = static_cast<uint64_t>(s >> 64);
+        }
+        u128 s = static_cast<u128>(t[W]) + c;
+        t[W] = static_cast<uint64_t>(s);
+        t[W + 1] = static_cast<uint64_t>(s >> 64);
+        uint64_t q = t[0] * M.n0;
+        s = static_cast<u128>(q) * M.m.w[0] + t[0];
+        c = static_cast<uint64_t>(s >> 64);
+        for (unsigned j = 1; j < W; ++j) {
+            s = static_cast<u128>(q) * M.m.w[j] + t[j] + c;
+            t[j - 1] = static_cast<uint64_t>(s);
+            c = static_cast<uint64_t>(s >> 64);
+        }
+        s = static_cast<u128>(t[W]) + c;
+        t[W - 1] = static_cast<uint64_t>(s);
+        t[W] = t[W + 1] + static_cast<uint64_t>(s >> 64);
+    }
+    N<W> lo{};
+    for (unsigned i = 0; i < W; ++i) lo.w[i] = t[i];
+    reduce_once(r, t[W], lo, M.m);
+    for (unsigned i = 0; i < W + 2; ++i) t[i] = 0;
+}
+
+template <unsigned W>
+constexpr void sqr(N<W>& r, const N<W>& a, const Mod<W>& M) { mul(r, a, a, M); }
+
+// Into and out of Montgomery form. to_mont accepts any a < R.
+template <unsigned W>
+constexpr void to_mont(N<W>& r, const N<W>& a, const Mod<W>& M) { mul(r, a, M.rr, M); }
+
+template <unsigned W>
+constexpr void from_mont(N<W>& r, const N<W>& a, const Mod<W>& M) {
+    N<W> one{};
+    one.w[0] = 1;
+    mul(r, a, one, M);
+}
+
+// r = a^e (Montgomery form in and out) with a fixed 4-bit window over the
+// public exponent e: the operand only ever meets the multiplier, and the
+// table index comes from e.
+template <unsigned W>
+constexpr void pow(N<W>& r, const N<W>& a, const N<W>& e, const Mod<W>& M) {
+    N<W> t[16] = {};
+    t[0] = M.one;
+    for (unsigned i = 1; i < 16; ++i) mul(t[i], t[i - 1], a, M);
+    N<W> acc = M.one;
+    for (unsigned i = 64 * W; i > 0;) {
+        i -= 4;
+        for (unsigned k = 0; k < 4; ++k) sqr(acc, acc, M);
+        unsigned d = static_cast<unsigned>(e.w[i / 64] >> (i % 64)) & 15;
+        if (d) mul(acc, acc, t[d], M);  // d is a digit of the public exponent
+    }
+    r = acc;
+    for (unsigned i = 0; i < 16; ++i) t[i] = N<W>{};
+}
+
+// r = 1/a mod prime m by Fermat (a^(m-2)); 0 gives 0.
+template <unsigned W>
+constexpr void inv(N<W>& r, const N<W>& a, const Mod<W>& M) {
+    N<W> e = M.m, two{};
+    two.w[0] = 2;
+    sub_b(e, e, two);
+    pow(r, a, e, M);
+}
+
+// The constants of Mod for an odd m, computed at compile time.
+template <unsigned W>
+constexpr Mod<W> make_mod(const N<W>& m) {
+    Mod<W> M{};
+    M.m = m;
+    uint64_t inv = 1;  // Newton: inv = 1/m mod 2^64
+    for (int i = 0; i < 6; ++i) inv *= 2 - m.w[0] * inv;
+    M.n0 = 0 - inv;
+    N<W> x{};  // R mod m = (2^(64W) - m) mod m, then doubled 64W times: R^2 mod m
+    sub_b(x, x, m);
+    while (!less_mask(x, m)) sub_b(x, x, m);
+    M.one = x;
+    for (unsigned i = 0; i < 64 * W; ++i) add(x, x, x, m);
+    M.rr = x;
+    return M;
+}
+
+}  // namespace fe
+}  // namespace kx
+
+#endif
