@@ -13,7 +13,7 @@
 #include "PRNG.h"
 #include "core/bytes.h"
 #include "ec/bignum.h"
-#include "ec/ct_check.h"
+#include "core/ct_check.h"
 #include "ec/field.h"
 
 namespace kx {

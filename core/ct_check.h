@@ -3,8 +3,8 @@
 // so to valgrind's memcheck, whose constant-time runs (tests/ctime) mark keys,
 // nonces and the generator state undefined. Without valgrind's header, or
 // outside valgrind, this is a handful of no-op instructions.
-#ifndef KORVEX_EC_CT_CHECK_H
-#define KORVEX_EC_CT_CHECK_H
+#ifndef KORVEX_CORE_CT_CHECK_H
+#define KORVEX_CORE_CT_CHECK_H
 
 #if defined(__has_include)
 #if __has_include(<valgrind/memcheck.h>)
