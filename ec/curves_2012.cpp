@@ -1,7 +1,6 @@
 // Published values of the 512-bit parameter sets of GOST R 34.10-2012.
 #include "GOST_34_10_2012.h"
 #include "ec/curves_2012.h"
-#include "ec/fast_ops.h"
 
 namespace kx {
 namespace ec {
@@ -13,19 +12,7 @@ constexpr type_uN<64> bytes(const bn::Num<8>& n) {
     return r;
 }
 
-constexpr grp::Curve<8> kFastA = make_curve<8>(kParamSetA);
-constexpr grp::Curve<8> kFastB = make_curve<8>(kParamSetB);
-
 }  // namespace
-
-// The example curve gets no engine constants: a caller may rewrite it.
-Bound<8, Curve512> bound_2012(unsigned char set) {
-    switch (set) {
-        case 1: return {kParamSetA, &kFastA};
-        case 2: return {kParamSetB, &kFastB};
-        default: return {curve_2012(set), nullptr};
-    }
-}
 
 Curve512 curve_2012(unsigned char set) {
     switch (set) {

@@ -16,6 +16,7 @@
 #define KORVEX_EC_FAST_OPS_H
 
 #include "ec/affine_ops.h"
+#include "ec/comb.h"
 #include "ec/scalar_mult.h"
 
 namespace kx {
@@ -26,7 +27,38 @@ namespace ec {
 template <unsigned W, class Lit>
 struct Bound : Lit {
     const grp::Curve<W>* fast;
+    const CombTable<W>* comb;  // multiples of the base point (with fast)
 };
+
+// (x, y) = k * G for k < q from the fixed-base table, in constant time: the
+// sum over windows i of d_i * 16^i * G, each entry found by a masked scan of
+// all fifteen (digit 0: infinity). The partial sum s * G, s < 16^i, and the
+// entry d * 16^i * G never coincide or cancel: s = +-d * 16^i mod q would
+// need s + d * 16^i (<= k < q) or d * 16^i - s (0 < . < q... or above q,
+// when 2 d * 16^i - q = k would exceed q) to vanish mod q.
+template <unsigned W>
+inline void comb_mul(bn::Num<W>& x, bn::Num<W>& y, const bn::Num<W>& k, const CombTable<W>& t,
+                     const grp::Curve<W>& c) {
+    grp::Jac<W> acc{}, e;
+    for (unsigned i = 0; i < 16 * W; ++i) {
+        unsigned d = grp::digit(k, 4 * i);
+        e = grp::Jac<W>{};
+        for (unsigned j = 0; j < 15; ++j) {
+            uint64_t v = static_cast<uint64_t>(d ^ (j + 1));
+            uint64_t m = fe::mask(((v | (0 - v)) >> 63) ^ 1);
+            for (unsigned w = 0; w < W; ++w) {
+                e.x.w[w] |= t[i][j][0][w] & m;
+                e.y.w[w] |= t[i][j][1][w] & m;
+            }
+        }
+        uint64_t nz = static_cast<uint64_t>(d);
+        fe::select(e.z, fe::mask((nz | (0 - nz)) >> 63), c.p.one, e.z);
+        grp::add_ct(acc, acc, e, c);
+    }
+    grp::to_affine(x, y, acc, c);
+    grp::clear(acc);
+    grp::clear(e);
+}
 
 // The engine constants of a curve record (member values only), at compile
 // time. b is recovered from the base point.
@@ -65,7 +97,7 @@ struct FastOps {
     static void base_mul(N& x, N& y, const N& k, const Curve& c) {
         if (!c.fast) return Ref::base_mul(x, y, k, c);
         N kr = reduce(k, *c.fast);
-        grp::mul_ct(x, y, kr, base(*c.fast), *c.fast);
+        comb_mul(x, y, kr, *c.comb, *c.fast);
         wipe_obj(kr);
     }
 

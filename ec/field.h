@@ -105,37 +105,39 @@ constexpr void sub(N<W>& r, const N<W>& a, const N<W>& b, const N<W>& m) {
     add_c(r, d, mm);
 }
 
-// r = a * b / R mod m (CIOS). Needs a * b < m * R (for instance a < m and
-// any b < R); the result is then below m.
+// r = a * b / R mod m: the full product, then W word-by-word Montgomery
+// reduction steps. Needs a * b < m * R (for instance a < m and any b < R);
+// the result is then below m. Loops are unrolled: W is a constant.
 template <unsigned W>
 constexpr void mul(N<W>& r, const N<W>& a, const N<W>& b, const Mod<W>& M) {
-    uint64_t t[W + 2] = {};
+    uint64_t t[2 * W + 1] = {};
     for (unsigned i = 0; i < W; ++i) {
         uint64_t c = 0;
+#pragma GCC unroll 8
         for (unsigned j = 0; j < W; ++j) {
-            u128 s = static_cast<u128>(a.w[j]) * b.w[i] + t[j] + c;
-            t[j] = static_cast<uint64_t>(s);
+            u128 s = static_cast<u128>(a.w[j]) * b.w[i] + t[i + j] + c;
+            t[i + j] = static_cast<uint64_t>(s);
             c = static_cast<uint64_t>(s >> 64);
         }
-        u128 s = static_cast<u128>(t[W]) + c;
-        t[W] = static_cast<uint64_t>(s);
-        t[W + 1] = static_cast<uint64_t>(s >> 64);
-        uint64_t q = t[0] * M.n0;
-        s = static_cast<u128>(q) * M.m.w[0] + t[0];
-        c = static_cast<uint64_t>(s >> 64);
-        for (unsigned j = 1; j < W; ++j) {
-            s = static_cast<u128>(q) * M.m.w[j] + t[j] + c;
-            t[j - 1] = static_cast<uint64_t>(s);
-            c = static_cast<uint64_t>(s >> 64);
-        }
-        s = static_cast<u128>(t[W]) + c;
-        t[W - 1] = static_cast<uint64_t>(s);
-        t[W] = t[W + 1] + static_cast<uint64_t>(s >> 64);
+        t[i + W] = c;
     }
-    N<W> lo{};
-    for (unsigned i = 0; i < W; ++i) lo.w[i] = t[i];
-    reduce_once(r, t[W], lo, M.m);
-    for (unsigned i = 0; i < W + 2; ++i) t[i] = 0;
+    uint64_t top = 0;  // carry above t[2W - 1]
+    for (unsigned i = 0; i < W; ++i) {
+        uint64_t q = t[i] * M.n0, c = 0;
+#pragma GCC unroll 8
+        for (unsigned j = 0; j < W; ++j) {
+            u128 s = static_cast<u128>(q) * M.m.w[j] + t[i + j] + c;
+            t[i + j] = static_cast<uint64_t>(s);
+            c = static_cast<uint64_t>(s >> 64);
+        }
+        u128 s = static_cast<u128>(t[i + W]) + c + top;
+        t[i + W] = static_cast<uint64_t>(s);
+        top = static_cast<uint64_t>(s >> 64);
+    }
+    N<W> hi{};
+#pragma GCC unroll 8
+    for (unsigned i = 0; i < W; ++i) hi.w[i] = t[W + i];
+    reduce_once(r, top, hi, M.m);
 }
 
 template <unsigned W>
