@@ -76,6 +76,11 @@ constexpr grp::Curve<W> make_curve(const Lit& l) {
     fe::mul(t, t, c.gx, c.p);
     fe::sqr(u, c.gy, c.p);
     fe::sub(c.b, u, t, c.p.m);
+    bn::Num<W> three{};
+    three.w[0] = 3;
+    fe::add_c(three, l.a, three);
+    fe::sub_b(three, three, l.p);
+    c.a_minus3 = fe::zero_mask(three) != 0;
     return c;
 }
 

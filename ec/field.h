@@ -77,6 +77,7 @@ struct Mod {
     uint64_t n0;  // -1/m mod 2^64
     N<W> rr;      // R^2 mod m
     N<W> one;     // R mod m
+    uint64_t c;   // m = 2^(64W) - c with c < 2^32: plain form, R = 1 (else 0)
 };
 
 // One conditional subtraction of m from hi * 2^(64W) + a (a value < 2m).
@@ -105,12 +106,11 @@ constexpr void sub(N<W>& r, const N<W>& a, const N<W>& b, const N<W>& m) {
     add_c(r, d, mm);
 }
 
-// r = a * b / R mod m: the full product, then W word-by-word Montgomery
-// reduction steps. Needs a * b < m * R (for instance a < m and any b < R);
-// the result is then below m. Loops are unrolled: W is a constant.
+// The full product of a and b in t[0..2W-1]. Loops are unrolled: W is a
+// constant.
 template <unsigned W>
-constexpr void mul(N<W>& r, const N<W>& a, const N<W>& b, const Mod<W>& M) {
-    uint64_t t[2 * W + 1] = {};
+constexpr void full_product(uint64_t (&t)[2 * W + 1], const N<W>& a, const N<W>& b) {
+#pragma GCC unroll 4
     for (unsigned i = 0; i < W; ++i) {
         uint64_t c = 0;
 #pragma GCC unroll 8
@@ -121,7 +121,43 @@ constexpr void mul(N<W>& r, const N<W>& a, const N<W>& b, const Mod<W>& M) {
         }
         t[i + W] = c;
     }
+}
+
+// m = 2^(64W) - c: the high half folds in as hi * c, twice; the residue is
+// then below 2^(64W) < 2m and one subtraction finishes.
+template <unsigned W>
+constexpr void special_reduce(N<W>& r, const uint64_t (&t)[2 * W + 1], const Mod<W>& M) {
+    N<W> lo{};
+    uint64_t carry = 0;
+#pragma GCC unroll 8
+    for (unsigned i = 0; i < W; ++i) {
+        u128 s = static_cast<u128>(t[W + i]) * M.c + t[i] + carry;
+        lo.w[i] = static_cast<uint64_t>(s);
+        carry = static_cast<uint64_t>(s >> 64);
+    }
+    u128 s = static_cast<u128>(carry) * M.c + lo.w[0];
+    lo.w[0] = static_cast<uint64_t>(s);
+    uint64_t cc = static_cast<uint64_t>(s >> 64);
+#pragma GCC unroll 8
+    for (unsigned i = 1; i < W; ++i) {
+        s = static_cast<u128>(lo.w[i]) + cc;
+        lo.w[i] = static_cast<uint64_t>(s);
+        cc = static_cast<uint64_t>(s >> 64);
+    }
+    lo.w[0] += M.c & mask(cc);  // wrapped: lo < carry * c is tiny, no new carry
+    reduce_once(r, 0, lo, M.m);
+}
+
+// r = a * b / R mod m: the full product, then the special-form folding or W
+// word-by-word Montgomery reduction steps. Needs a * b < m * R (for instance
+// a < m and any b < R); the result is then below m.
+template <unsigned W>
+constexpr void mul(N<W>& r, const N<W>& a, const N<W>& b, const Mod<W>& M) {
+    uint64_t t[2 * W + 1] = {};
+    full_product(t, a, b);
+    if (M.c) return special_reduce(r, t, M);  // public: the modulus decides
     uint64_t top = 0;  // carry above t[2W - 1]
+#pragma GCC unroll 4
     for (unsigned i = 0; i < W; ++i) {
         uint64_t q = t[i] * M.n0, c = 0;
 #pragma GCC unroll 8
@@ -190,6 +226,17 @@ constexpr Mod<W> make_mod(const N<W>& m) {
     uint64_t inv = 1;  // Newton: inv = 1/m mod 2^64
     for (int i = 0; i < 6; ++i) inv *= 2 - m.w[0] * inv;
     M.n0 = 0 - inv;
+    N<W> neg{};  // 2^(64W) - m
+    sub_b(neg, neg, m);
+    bool small = neg.w[0] < (1ull << 32);
+    for (unsigned i = 1; i < W; ++i) small = small && neg.w[i] == 0;
+    if (small) {
+        M.c = neg.w[0];
+        M.one = N<W>{};
+        M.one.w[0] = 1;
+        M.rr = M.one;
+        return M;
+    }
     N<W> x{};  // R mod m = (2^(64W) - m) mod m, then doubled 64W times: R^2 mod m
     sub_b(x, x, m);
     while (!less_mask(x, m)) sub_b(x, x, m);

@@ -28,6 +28,7 @@ struct Curve {
     fe::Mod<W> p, q;
     N<W> a, b;     // Montgomery form
     N<W> gx, gy;   // base point, Montgomery form
+    bool a_minus3; // a = -3: the cheaper doubling
 };
 
 template <unsigned W>
@@ -43,18 +44,26 @@ inline void dbl(Jac<W>& r, const Jac<W>& P, const Curve<W>& c) {
     const fe::Mod<W>& M = c.p;
     const N<W>& m = M.m;
     N<W> xx, yy, yyyy, zz, s, t, mm, x3, y3, z3;
-    fe::sqr(xx, P.x, M);
     fe::sqr(yy, P.y, M);
     fe::sqr(yyyy, yy, M);
     fe::sqr(zz, P.z, M);
     fe::mul(s, P.x, yy, M);
     fe::add(s, s, s, m);
     fe::add(s, s, s, m);            // S = 4 X Y^2
-    fe::sqr(t, zz, M);
-    fe::mul(t, t, c.a, M);          // a Z^4
-    fe::add(mm, xx, xx, m);
-    fe::add(mm, mm, xx, m);
-    fe::add(mm, mm, t, m);          // M = 3 X^2 + a Z^4
+    if (c.a_minus3) {               // public: the curve decides
+        fe::sub(t, P.x, zz, m);
+        fe::add(mm, P.x, zz, m);
+        fe::mul(t, t, mm, M);
+        fe::add(mm, t, t, m);
+        fe::add(mm, mm, t, m);      // M = 3 (X - Z^2)(X + Z^2)
+    } else {
+        fe::sqr(xx, P.x, M);
+        fe::sqr(t, zz, M);
+        fe::mul(t, t, c.a, M);      // a Z^4
+        fe::add(mm, xx, xx, m);
+        fe::add(mm, mm, xx, m);
+        fe::add(mm, mm, t, m);      // M = 3 X^2 + a Z^4
+    }
     fe::sqr(x3, mm, M);
     fe::sub(x3, x3, s, m);
     fe::sub(x3, x3, s, m);          // X3 = M^2 - 2S
