@@ -152,7 +152,7 @@ constexpr void special_reduce(N<W>& r, const uint64_t (&t)[2 * W + 1], const Mod
 // word-by-word Montgomery reduction steps. Needs a * b < m * R (for instance
 // a < m and any b < R); the result is then below m.
 template <unsigned W>
-constexpr void mul(N<W>& r, const N<W>& a, const N<W>& b, const Mod<W>& M) {
+__attribute__((always_inline)) constexpr inline void mul(N<W>& r, const N<W>& a, const N<W>& b, const Mod<W>& M) {
     uint64_t t[2 * W + 1] = {};
     full_product(t, a, b);
     if (M.c) return special_reduce(r, t, M);  // public: the modulus decides
