@@ -53,7 +53,7 @@ inline void comb_mul(bn::Num<W>& x, bn::Num<W>& y, const bn::Num<W>& k, const Co
         }
         uint64_t nz = static_cast<uint64_t>(d);
         fe::select(e.z, fe::mask((nz | (0 - nz)) >> 63), c.p.one, e.z);
-        grp::add_ct(acc, acc, e, c);
+        grp::add_ct<W, true>(acc, acc, e, c);
     }
     grp::to_affine(x, y, acc, c);
     grp::clear(acc);

@@ -80,18 +80,24 @@ inline void dbl(Jac<W>& r, const Jac<W>& P, const Curve<W>& c) {
     r.z = z3;
 }
 
-// The generic sum; H = U2 - U1 is returned for the callers' checks.
-template <unsigned W>
+// The generic sum; H = U2 - U1 is returned for the callers' checks. QAff:
+// Q.z is taken to be one (a table point), which saves five products.
+template <unsigned W, bool QAff = false>
 inline void add_raw(Jac<W>& r, N<W>& h, N<W>& rr, const Jac<W>& P, const Jac<W>& Q, const Curve<W>& c) {
     const fe::Mod<W>& M = c.p;
     const N<W>& m = M.m;
     N<W> z1z1, z2z2, u1, u2, s1, s2, hh, hhh, v, x3, y3, z3;
     fe::sqr(z1z1, P.z, M);
-    fe::sqr(z2z2, Q.z, M);
-    fe::mul(u1, P.x, z2z2, M);
+    if (QAff) {
+        u1 = P.x;
+        s1 = P.y;
+    } else {
+        fe::sqr(z2z2, Q.z, M);
+        fe::mul(u1, P.x, z2z2, M);
+        fe::mul(s1, P.y, Q.z, M);
+        fe::mul(s1, s1, z2z2, M);
+    }
     fe::mul(u2, Q.x, z1z1, M);
-    fe::mul(s1, P.y, Q.z, M);
-    fe::mul(s1, s1, z2z2, M);
     fe::mul(s2, Q.y, P.z, M);
     fe::mul(s2, s2, z1z1, M);
     fe::sub(h, u2, u1, m);
@@ -107,19 +113,24 @@ inline void add_raw(Jac<W>& r, N<W>& h, N<W>& rr, const Jac<W>& P, const Jac<W>&
     fe::mul(y3, y3, rr, M);
     fe::mul(s1, s1, hhh, M);
     fe::sub(y3, y3, s1, m);         // Y3 = R (U1 H^2 - X3) - S1 H^3
-    fe::mul(z3, P.z, Q.z, M);
-    fe::mul(z3, z3, h, M);          // Z3 = Z1 Z2 H
+    if (QAff) {
+        fe::mul(z3, P.z, h, M);
+    } else {
+        fe::mul(z3, P.z, Q.z, M);
+        fe::mul(z3, z3, h, M);      // Z3 = Z1 Z2 H
+    }
     r.x = x3;
     r.y = y3;
     r.z = z3;
 }
 
 // r = P + Q for P != +-Q, either one possibly at infinity; constant time.
-template <unsigned W>
+// QAff: Q is at infinity or has Z = one.
+template <unsigned W, bool QAff = false>
 inline void add_ct(Jac<W>& r, const Jac<W>& P, const Jac<W>& Q, const Curve<W>& c) {
     Jac<W> s;
     N<W> h, rr;
-    add_raw(s, h, rr, P, Q, c);
+    add_raw<W, QAff>(s, h, rr, P, Q, c);
     select(s, fe::zero_mask(P.z), Q, s);
     select(r, fe::zero_mask(Q.z), P, s);
 }
