@@ -161,6 +161,8 @@ inline void mul_mod(Num<W>& r, const Num<W>& a, const Num<W>& b, const Num<W>& p
         add_mod(A, A, A, p);
     }
     r = R;
+    wipe_obj(A);  // the copies hold operands such as d, and R the product r * d
+    wipe_obj(R);
 }
 
 // x = x / 2 mod p for odd p: an odd x gets p added first, the carry of that
