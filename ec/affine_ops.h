@@ -35,6 +35,9 @@ struct AffineOps {
     // r = a * b mod q.
     static void mul_q(N& r, const N& a, const N& b, const Curve& c) { bn::mul_mod(r, a, b, c.q); }
 
+    // r = t * d mod q for the VKO.
+    static void vko_scalar(N& r, const N& t, const N& d, const Curve& c) { bn::mul_mod(r, t, d, c.q); }
+
     // r = 1 / a mod q (0 for a = 0).
     static void inv_q(N& r, const N& a, const Curve& c) {
         r = a;

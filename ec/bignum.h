@@ -18,6 +18,7 @@
 #define KORVEX_EC_BIGNUM_H
 
 #include <stddef.h>
+#include <immintrin.h>
 #include <stdint.h>
 
 #include "core/bytes.h"
@@ -61,7 +62,7 @@ inline unsigned char add(Num<W>& r, const Num<W>& a, const Num<W>& b) {
     unsigned char c = 0;
     for (unsigned i = 0; i < W; ++i) {
         unsigned long long t;
-        c = __builtin_ia32_addcarryx_u64(c, a.w[i], b.w[i], &t);  // one adc chain
+        c = _addcarry_u64(c, a.w[i], b.w[i], &t);  // one adc chain
         r.w[i] = t;
     }
     return c;
@@ -73,7 +74,7 @@ inline unsigned char sub(Num<W>& r, const Num<W>& a, const Num<W>& b) {
     unsigned char c = 0;
     for (unsigned i = 0; i < W; ++i) {
         unsigned long long t;
-        c = __builtin_ia32_sbb_u64(c, a.w[i], b.w[i], &t);  // one sbb chain
+        c = _subborrow_u64(c, a.w[i], b.w[i], &t);  // one sbb chain
         r.w[i] = t;
     }
     return c;
@@ -160,6 +161,8 @@ inline void mul_mod(Num<W>& r, const Num<W>& a, const Num<W>& b, const Num<W>& p
         add_mod(A, A, A, p);
     }
     r = R;
+    wipe_obj(A);  // the copies hold operands such as d, and R the product r * d
+    wipe_obj(R);
 }
 
 // x = x / 2 mod p for odd p: an odd x gets p added first, the carry of that

@@ -11,8 +11,10 @@
 #define KORVEX_EC_DS_2012_H
 
 #include "PRNG.h"
-#include "ec/bignum.h"
 #include "core/bytes.h"
+#include "ec/bignum.h"
+#include "core/ct_check.h"
+#include "ec/field.h"
 
 namespace kx {
 namespace ec {
@@ -41,7 +43,7 @@ inline bool draw(unsigned char* out) {
 template <unsigned W>
 inline bn::Num<W> digest(const void* hash, const bn::Num<W>& q) {
     bn::Num<W> e = bn::load<W>(hash);
-    bn::mod_p(e, q);
+    fe::reduce_once(e, 0, e, q);
     if (bn::is_zero(e)) e = bn::from_u64<W>(1);
     return e;
 }
@@ -58,18 +60,23 @@ inline void open_key(const void* d, unsigned char* Q_out, const typename Ops::Cu
     wipe_obj(D);
 }
 
-// d = random with one conditional subtraction of q, redrawn while zero; the
-// draw goes straight into d_out. 0 ok, 1 generator failure.
+// d_out is zeroed, then d = random with one conditional subtraction of q,
+// redrawn while zero; the draw goes straight into d_out. 0 ok, 1 generator
+// failure. Only the zero test of the loop leaves the constant-time domain.
 template <class Ops>
 inline unsigned char key_pair(unsigned char* d_out, unsigned char* Q_out, const typename Ops::Curve& c) {
     using N = typename Ops::N;
     constexpr unsigned W = sizeof(N) / 8;
+    wipe(d_out, 8 * W);
     N d{};
-    while (bn::is_zero(d)) {
+    for (;;) {
         if (!draw<W>(d_out)) return 1;
         d = bn::load<W>(d_out);
-        bn::mod_p(d, c.q);
+        fe::reduce_once(d, 0, d, c.q);
         bn::store(d_out, d);
+        uint64_t z = fe::zero_mask(d);
+        ct::declassify(z);
+        if (!z) break;
     }
     wipe_obj(d);
     open_key<Ops>(d_out, Q_out, c);
@@ -87,17 +94,20 @@ inline unsigned char sign(const void* hash, const void* d, unsigned char* sig, c
     bn::store(sig, s);
     bn::store(sig + 8 * W, r);
     unsigned char rc = 0;
-    while (bn::is_zero(r) || bn::is_zero(s)) {
+    for (;;) {  // until r != 0 and s != 0: the only test on values derived from k
+        uint64_t again = fe::zero_mask(r) | fe::zero_mask(s);
+        ct::declassify(again);
+        if (!again) break;
         if (!draw<W>(kbuf)) {
             rc = 1;
             break;
         }
         k = bn::load<W>(kbuf);       // used as drawn: k = 0 gives r = 0, a new try
         Ops::base_mul(r, y, k, c);
-        bn::mod_p(r, c.q);
+        fe::reduce_once(r, 0, r, c.q);  // r < q: x < p < 2q on every curve
         Ops::mul_q(t, r, D, c);
         Ops::mul_q(s, e, k, c);
-        bn::add_mod(s, t, s, c.q);
+        fe::add(s, t, s, c.q);
         bn::store(sig, s);
         bn::store(sig + 8 * W, r);
     }
@@ -105,6 +115,7 @@ inline unsigned char sign(const void* hash, const void* d, unsigned char* sig, c
     wipe_obj(k);
     wipe_obj(D);
     wipe_obj(t);  // r * d gives d away
+    wipe_obj(y);
     if (rc == 0) rotate(sig);
     return rc;
 }
@@ -140,12 +151,14 @@ inline void vko_point(unsigned char* K, const typename Ops::N& t, const void* d,
     using N = typename Ops::N;
     constexpr unsigned W = sizeof(N) / 8;
     N D = bn::load<W>(d), m, x, y;
-    Ops::mul_q(m, t, D, c);
+    Ops::vko_scalar(m, t, D, c);
     Ops::point_mul(x, y, m, bn::load<W>(Q), bn::load<W>(Q + 8 * W), c);
     bn::store(K, x);
     bn::store(K + 8 * W, y);
     wipe_obj(D);
     wipe_obj(m);
+    wipe_obj(x);
+    wipe_obj(y);
 }
 
 }  // namespace ds

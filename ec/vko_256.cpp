@@ -14,7 +14,7 @@ using kx::ec::Ops256;
 KORVEX_API void GOST_34_10_2001_VKO(type_uN<32>* out, unsigned long long* ukm, type_uN<32>* d, type_uN<64>* Q,
                                     unsigned char set) {
     type_uN<64> K;
-    kx::ec::ds::vko_point<Ops256>(K.b, kx::bn::from_u64<4>(kx::load64(ukm)), d, Q->b, kx::ec::curve_2001(set));
+    kx::ec::ds::vko_point<Ops256>(K.b, kx::bn::from_u64<4>(kx::load64(ukm)), d, Q->b, kx::ec::bound_2001(set));
     GOST_34_11_94_hash(K.b, sizeof K.b, nullptr, out);
     kx::wipe_obj(K);
 }
@@ -24,7 +24,7 @@ KORVEX_API void GOST_34_10_2012_VKO_256(type_uN<32>* out, unsigned long long* uk
                                         unsigned char set) {
     type_uN<64> K;
     kx::ec::ds::vko_point<Ops256>(K.b, kx::bn::from_u64<4>(ukm ? kx::load64(ukm) : 1), d, Q->b,
-                                  kx::ec::curve_2001(set));
+                                  kx::ec::bound_2001(set));
     GOST_34_11_2012_hash_256_bit(K.b, sizeof K.b, out);
     kx::wipe_obj(K);
 }

@@ -5,6 +5,7 @@
 #include "PRNG.h"
 #include "cipher/gost89_kernels.h"
 #include "core/bytes.h"
+#include "core/ct_check.h"
 #include "rng/prng_state.h"
 
 namespace kx {
@@ -16,6 +17,7 @@ SpinLock prng_lock;
 bool prng_seeded() {
     uint32_t any = 0;
     for (size_t i = 0; i < kPrngStateSize; i += 4) any |= load32(prng_state + i);
+    ct::declassify(any);  // seeded or not is public; the state itself is not
     return any != 0;
 }
 

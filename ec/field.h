@@ -1,0 +1,252 @@
+// Constant-time arithmetic modulo an odd m of W 64-bit words, in Montgomery
+// form (R = 2^(64W)): the field layer of the fast engine behind keys,
+// signatures and VKO, used both mod p (coordinates) and mod q (scalars).
+//
+// Portable C++ over unsigned __int128 (GCC and clang turn the chains into
+// mul/adc), constexpr so that each curve's constants (R^2 mod m, -1/m mod
+// 2^64) are computed by the compiler: no tables to keep in step by hand and
+// no run-time initialisation. No branch and no memory index depends on an
+// operand; only the modulus and exponents of pow() steer control flow, and
+// they are public.
+#ifndef KORVEX_EC_FIELD_H
+#define KORVEX_EC_FIELD_H
+
+#include <stdint.h>
+
+#include "ec/bignum.h"
+
+namespace kx {
+namespace fe {
+
+using u128 = unsigned __int128;
+template <unsigned W>
+using N = bn::Num<W>;
+
+// All-ones when bit is 1, zero when 0.
+constexpr uint64_t mask(uint64_t bit) { return 0 - bit; }
+
+// r = a + b + 0; returns the carry.
+template <unsigned W>
+constexpr uint64_t add_c(N<W>& r, const N<W>& a, const N<W>& b) {
+    uint64_t c = 0;
+    for (unsigned i = 0; i < W; ++i) {
+        u128 s = static_cast<u128>(a.w[i]) + b.w[i] + c;
+        r.w[i] = static_cast<uint64_t>(s);
+        c = static_cast<uint64_t>(s >> 64);
+    }
+    return c;
+}
+
+// r = a - b; returns the borrow (1 when a < b).
+template <unsigned W>
+constexpr uint64_t sub_b(N<W>& r, const N<W>& a, const N<W>& b) {
+    uint64_t c = 0;
+    for (unsigned i = 0; i < W; ++i) {
+        u128 d = static_cast<u128>(a.w[i]) - b.w[i] - c;
+        r.w[i] = static_cast<uint64_t>(d);
+        c = static_cast<uint64_t>(d >> 64) & 1;
+    }
+    return c;
+}
+
+// r = m ? a : b for m all-ones or zero.
+template <unsigned W>
+constexpr void select(N<W>& r, uint64_t m, const N<W>& a, const N<W>& b) {
+    for (unsigned i = 0; i < W; ++i) r.w[i] = (a.w[i] & m) | (b.w[i] & ~m);
+}
+
+// All-ones when a = 0.
+template <unsigned W>
+constexpr uint64_t zero_mask(const N<W>& a) {
+    uint64_t acc = 0;
+    for (unsigned i = 0; i < W; ++i) acc |= a.w[i];
+    return mask(((acc | (0 - acc)) >> 63) ^ 1);
+}
+
+// All-ones when a < b.
+template <unsigned W>
+constexpr uint64_t less_mask(const N<W>& a, const N<W>& b) {
+    N<W> t{};
+    return mask(sub_b(t, a, b));
+}
+
+// The modulus and its Montgomery constants.
+template <unsigned W>
+struct Mod {
+    N<W> m;
+    uint64_t n0;  // -1/m mod 2^64
+    N<W> rr;      // R^2 mod m
+    N<W> one;     // R mod m
+    uint64_t c;   // m = 2^(64W) - c with c < 2^32: plain form, R = 1 (else 0)
+};
+
+// One conditional subtraction of m from hi * 2^(64W) + a (a value < 2m).
+template <unsigned W>
+constexpr void reduce_once(N<W>& r, uint64_t hi, const N<W>& a, const N<W>& m) {
+    N<W> d{};
+    uint64_t b = sub_b(d, a, m);
+    select(r, mask(hi | (b ^ 1)), d, a);
+}
+
+// r = a + b mod m for a, b < m. The selection rule (carry out or sum >= m)
+// is exactly that of bn::add_mod, so it also matches it on unreduced input.
+template <unsigned W>
+constexpr void add(N<W>& r, const N<W>& a, const N<W>& b, const N<W>& m) {
+    N<W> s{};
+    uint64_t c = add_c(s, a, b);
+    reduce_once(r, c, s, m);
+}
+
+// r = a - b mod m (m added back when the difference borrowed).
+template <unsigned W>
+constexpr void sub(N<W>& r, const N<W>& a, const N<W>& b, const N<W>& m) {
+    N<W> d{}, mm{};
+    uint64_t bw = sub_b(d, a, b);
+    select(mm, mask(bw), m, mm);
+    add_c(r, d, mm);
+}
+
+// The full product of a and b in t[0..2W-1]. Loops are unrolled: W is a
+// constant.
+template <unsigned W>
+constexpr void full_product(uint64_t (&t)[2 * W + 1], const N<W>& a, const N<W>& b) {
+#pragma GCC unroll 4
+    for (unsigned i = 0; i < W; ++i) {
+        uint64_t c = 0;
+#pragma GCC unroll 8
+        for (unsigned j = 0; j < W; ++j) {
+            u128 s = static_cast<u128>(a.w[j]) * b.w[i] + t[i + j] + c;
+            t[i + j] = static_cast<uint64_t>(s);
+            c = static_cast<uint64_t>(s >> 64);
+        }
+        t[i + W] = c;
+    }
+}
+
+// m = 2^(64W) - c: the high half folds in as hi * c, twice; the residue is
+// then below 2^(64W) < 2m and one subtraction finishes.
+template <unsigned W>
+constexpr void special_reduce(N<W>& r, const uint64_t (&t)[2 * W + 1], const Mod<W>& M) {
+    N<W> lo{};
+    uint64_t carry = 0;
+#pragma GCC unroll 8
+    for (unsigned i = 0; i < W; ++i) {
+        u128 s = static_cast<u128>(t[W + i]) * M.c + t[i] + carry;
+        lo.w[i] = static_cast<uint64_t>(s);
+        carry = static_cast<uint64_t>(s >> 64);
+    }
+    u128 s = static_cast<u128>(carry) * M.c + lo.w[0];
+    lo.w[0] = static_cast<uint64_t>(s);
+    uint64_t cc = static_cast<uint64_t>(s >> 64);
+#pragma GCC unroll 8
+    for (unsigned i = 1; i < W; ++i) {
+        s = static_cast<u128>(lo.w[i]) + cc;
+        lo.w[i] = static_cast<uint64_t>(s);
+        cc = static_cast<uint64_t>(s >> 64);
+    }
+    lo.w[0] += M.c & mask(cc);  // wrapped: lo < carry * c is tiny, no new carry
+    reduce_once(r, 0, lo, M.m);
+}
+
+// r = a * b / R mod m: the full product, then the special-form folding or W
+// word-by-word Montgomery reduction steps. Needs a * b < m * R (for instance
+// a < m and any b < R); the result is then below m.
+template <unsigned W>
+__attribute__((always_inline)) constexpr inline void mul(N<W>& r, const N<W>& a, const N<W>& b, const Mod<W>& M) {
+    uint64_t t[2 * W + 1] = {};
+    full_product(t, a, b);
+    if (M.c) return special_reduce(r, t, M);  // public: the modulus decides
+    uint64_t top = 0;  // carry above t[2W - 1]
+#pragma GCC unroll 4
+    for (unsigned i = 0; i < W; ++i) {
+        uint64_t q = t[i] * M.n0, c = 0;
+#pragma GCC unroll 8
+        for (unsigned j = 0; j < W; ++j) {
+            u128 s = static_cast<u128>(q) * M.m.w[j] + t[i + j] + c;
+            t[i + j] = static_cast<uint64_t>(s);
+            c = static_cast<uint64_t>(s >> 64);
+        }
+        u128 s = static_cast<u128>(t[i + W]) + c + top;
+        t[i + W] = static_cast<uint64_t>(s);
+        top = static_cast<uint64_t>(s >> 64);
+    }
+    N<W> hi{};
+#pragma GCC unroll 8
+    for (unsigned i = 0; i < W; ++i) hi.w[i] = t[W + i];
+    reduce_once(r, top, hi, M.m);
+}
+
+template <unsigned W>
+constexpr void sqr(N<W>& r, const N<W>& a, const Mod<W>& M) { mul(r, a, a, M); }
+
+// Into and out of Montgomery form. to_mont accepts any a < R.
+template <unsigned W>
+constexpr void to_mont(N<W>& r, const N<W>& a, const Mod<W>& M) { mul(r, a, M.rr, M); }
+
+template <unsigned W>
+constexpr void from_mont(N<W>& r, const N<W>& a, const Mod<W>& M) {
+    N<W> one{};
+    one.w[0] = 1;
+    mul(r, a, one, M);
+}
+
+// r = a^e (Montgomery form in and out) with a fixed 4-bit window over the
+// public exponent e: the operand only ever meets the multiplier, and the
+// table index comes from e.
+template <unsigned W>
+constexpr void pow(N<W>& r, const N<W>& a, const N<W>& e, const Mod<W>& M) {
+    N<W> t[16] = {};
+    t[0] = M.one;
+    for (unsigned i = 1; i < 16; ++i) mul(t[i], t[i - 1], a, M);
+    N<W> acc = M.one;
+    for (unsigned i = 64 * W; i > 0;) {
+        i -= 4;
+        for (unsigned k = 0; k < 4; ++k) sqr(acc, acc, M);
+        unsigned d = static_cast<unsigned>(e.w[i / 64] >> (i % 64)) & 15;
+        if (d) mul(acc, acc, t[d], M);  // d is a digit of the public exponent
+    }
+    r = acc;
+    for (unsigned i = 0; i < 16; ++i) t[i] = N<W>{};
+}
+
+// r = 1/a mod prime m by Fermat (a^(m-2)); 0 gives 0.
+template <unsigned W>
+constexpr void inv(N<W>& r, const N<W>& a, const Mod<W>& M) {
+    N<W> e = M.m, two{};
+    two.w[0] = 2;
+    sub_b(e, e, two);
+    pow(r, a, e, M);
+}
+
+// The constants of Mod for an odd m, computed at compile time.
+template <unsigned W>
+constexpr Mod<W> make_mod(const N<W>& m) {
+    Mod<W> M{};
+    M.m = m;
+    uint64_t inv = 1;  // Newton: inv = 1/m mod 2^64
+    for (int i = 0; i < 6; ++i) inv *= 2 - m.w[0] * inv;
+    M.n0 = 0 - inv;
+    N<W> neg{};  // 2^(64W) - m
+    sub_b(neg, neg, m);
+    bool small = neg.w[0] < (1ull << 32);
+    for (unsigned i = 1; i < W; ++i) small = small && neg.w[i] == 0;
+    if (small) {
+        M.c = neg.w[0];
+        M.one = N<W>{};
+        M.one.w[0] = 1;
+        M.rr = M.one;
+        return M;
+    }
+    N<W> x{};  // R mod m = (2^(64W) - m) mod m, then doubled 64W times: R^2 mod m
+    sub_b(x, x, m);
+    while (!less_mask(x, m)) sub_b(x, x, m);
+    M.one = x;
+    for (unsigned i = 0; i < 64 * W; ++i) add(x, x, x, m);
+    M.rr = x;
+    return M;
+}
+
+}  // namespace fe
+}  // namespace kx
+
+#endif
