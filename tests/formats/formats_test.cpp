@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "common/test_util.h"
+#include "formats/csp_kdf.h"
 #include "formats/gost.h"
 #include "formats/pfx.h"
 #include "GOST_28147_89.h"
@@ -171,3 +172,19 @@ TEST(Gost, MeshedCfbMatchesOpenSsl) {
 }
 
 }  // namespace
+
+// Container KEKs of real CSP containers, from ../shared/samples/cryptopro/VECTORS.txt
+// (kov-serg_get-cpcert, password '1'): masks.key salts and the header's
+// public-key fingerprints (password-check key), one row per generation.
+TEST(CspContainer, PasswordKdfOfEveryGeneration) {
+    struct Row { const char* salt; bool g2012; const char* kek; } rows[] = {
+        {"bbe074586f1385f07221f5f6", false, "ffc614555770fb63504fc509b1d212d34decf972e6e33bdc9ac87ff8b69b34e1"},
+        {"91e604e1730a0b4b", false, "f13c9ce893fc9226c022ff5b8f44f4f0f55c9a720205e6b15219b2138121b7e2"},
+        {"bb43a4057f3652f786d5d020", true, "2e168a02b3a0b2bc09c833bc4cccd496eb8e56be6db9b73f9c50d38b2cfec589"},
+        {"22ded110fefd4ede", true, "85298f413c7e4349732992c9153aa7a464fc3a4e2789be8ed20cf35047dac1c5"},
+        {"79f7c43b9e9223fe7425fc52", true, "ebae849b09d3fe00f4f0527852ae244f2d1f753422092030564b47fde5de4c23"},
+        {"281b22ff6d4525f7", true, "02c97fb8741f0346dfcd29f0686dab0386fba12daf57a22b2981af4fbb65609f"},
+    };
+    for (const Row& r : rows)
+        EXPECT_EQ(kt::to_hex(formats::csp_container_kek("1", h(r.salt), r.g2012)), r.kek) << r.salt;
+}

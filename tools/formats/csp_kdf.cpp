@@ -1,0 +1,58 @@
+#include "formats/csp_kdf.h"
+
+#include "GOST_34_11_2012.h"
+#include "GOST_34_11_94.h"
+
+namespace formats {
+namespace {
+
+// The seed string of real containers (the one the library's own container
+// format uses does not open them).
+const char kSeed[] = "DENEFH028.760246785.IUEFHWUIO.EF";
+
+Secret hash(const Secret& in, bool gost2012) {
+    Secret out(32);
+    Secret buf = in;  // the library takes a mutable buffer
+    auto* o = reinterpret_cast<type_uN<32>*>(out.data());
+    if (gost2012) GOST_34_11_2012_hash_256_bit(buf.data(), static_cast<unsigned>(buf.size()), o);
+    else GOST_34_11_94_hash(buf.data(), static_cast<unsigned>(buf.size()), nullptr, o);
+    return out;
+}
+
+void append(Secret& to, const unsigned char* p, size_t n) { to.insert(to.end(), p, p + n); }
+
+}  // namespace
+
+Secret csp_container_kek(const std::string& password, const Bytes& salt, bool gost2012) {
+    const size_t pad = gost2012 ? 64 : 32;
+    Secret wide(4 * password.size(), 0);
+    for (size_t i = 0; i < password.size(); ++i) wide[4 * i] = static_cast<unsigned char>(password[i]);
+
+    Secret in;
+    in.reserve(2 * pad + 2 * 32 + salt.size() + wide.size());  // no reallocation leaves copies behind
+    append(in, salt.data(), salt.size());
+    append(in, wide.data(), wide.size());
+    const Secret h0 = hash(in, gost2012);
+
+    Secret m(pad, 0);
+    for (size_t i = 0; i < 32; ++i) m[i] = static_cast<unsigned char>(kSeed[i]);
+    const int rounds = password.empty() ? 2 : 2000;
+    for (int r = 0; r < rounds; ++r) {
+        in.clear();
+        for (size_t i = 0; i < pad; ++i) in.push_back(m[i] ^ 0x36);
+        append(in, h0.data(), 32);
+        for (size_t i = 0; i < pad; ++i) in.push_back(m[i] ^ 0x5C);
+        append(in, h0.data(), 32);
+        Secret h = hash(in, gost2012);
+        m.assign(pad, 0);
+        for (size_t i = 0; i < 32; ++i) m[i] = h[i];
+    }
+    in.clear();
+    for (size_t i = 0; i < 32; ++i) in.push_back(m[i] ^ 0x36);
+    append(in, salt.data(), salt.size());
+    for (size_t i = 0; i < 32; ++i) in.push_back(m[i] ^ 0x5C);
+    append(in, wide.data(), wide.size());
+    return hash(hash(in, gost2012), gost2012);
+}
+
+}  // namespace formats

@@ -1,0 +1,15 @@
+// CryptoPro CSP key containers (the folder format): the password-derived
+// key-encryption key, as real CSP 4/5 containers use it. The password is
+// widened to four bytes per character and run through 2000 rounds of an
+// HMAC-like step over GOST R 34.11-94 (2001 containers) or Streebog-256 with
+// 64-byte pads (2012 containers, 256- and 512-bit keys alike). Any length.
+#ifndef KORVEX_TOOLS_FORMATS_CSP_KDF_H
+#define KORVEX_TOOLS_FORMATS_CSP_KDF_H
+#include <string>
+#include "formats/error.h"
+namespace formats {
+// salt: the 12 bytes of masks.key for the KEK, or the 8-byte public-key
+// fingerprint of header.key for the password-check key. 32 bytes out.
+Secret csp_container_kek(const std::string& password, const Bytes& salt, bool gost2012);
+}  // namespace formats
+#endif
