@@ -187,4 +187,15 @@ TEST(CspContainer, PasswordKdfOfEveryGeneration) {
     };
     for (const Row& r : rows)
         EXPECT_EQ(kt::to_hex(formats::csp_container_kek("1", h(r.salt), r.g2012)), r.kek) << r.salt;
+    // header.key's hmacPassword: right password, wrong password, damaged value.
+    struct Check { const char* fp; const char* mac; bool g2012; } checks[] = {
+        {"91e604e1730a0b4b", "d70f43d3", false},
+        {"22ded110fefd4ede", "1a52b832", true},
+        {"281b22ff6d4525f7", "98a7659b", true},
+    };
+    for (const Check& c : checks) {
+        EXPECT_TRUE(formats::csp_password_matches("1", h(c.fp), h(c.mac), c.g2012)) << c.fp;
+        EXPECT_FALSE(formats::csp_password_matches("2", h(c.fp), h(c.mac), c.g2012)) << c.fp;
+        EXPECT_FALSE(formats::csp_password_matches("1", h(c.fp), h("00000000"), c.g2012)) << c.fp;
+    }
 }

@@ -2,6 +2,7 @@
 
 #include "GOST_34_11_2012.h"
 #include "GOST_34_11_94.h"
+#include "formats/gost.h"
 
 namespace formats {
 namespace {
@@ -53,6 +54,16 @@ Secret csp_container_kek(const std::string& password, const Bytes& salt, bool go
     for (size_t i = 0; i < 32; ++i) in.push_back(m[i] ^ 0x5C);
     append(in, wide.data(), wide.size());
     return hash(hash(in, gost2012), gost2012);
+}
+
+bool csp_password_matches(const std::string& password, const Bytes& fingerprint, const Bytes& hmac_password,
+                          bool gost2012) {
+    const Secret key = csp_container_kek(password, fingerprint, gost2012);
+    const unsigned char zero[16] = {};
+    const Bytes mac = mac4(zero, sizeof zero, key, nullptr, gost2012 ? kSboxZ : kSboxA);
+    unsigned char diff = hmac_password.size() == 4 ? 0 : 1;
+    for (size_t i = 0; i < 4 && i < hmac_password.size(); ++i) diff |= mac[i] ^ hmac_password[i];
+    return diff == 0;
 }
 
 }  // namespace formats

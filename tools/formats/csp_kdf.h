@@ -11,5 +11,10 @@ namespace formats {
 // salt: the 12 bytes of masks.key for the KEK, or the 8-byte public-key
 // fingerprint of header.key for the password-check key. 32 bytes out.
 Secret csp_container_kek(const std::string& password, const Bytes& salt, bool gost2012);
+// header.key's hmacPassword ([2], 4 bytes): the GOST 28147-89 MAC of 16 zero
+// bytes under the password-check key (S-box A for 2001, Z for 2012). Proves
+// the password before the key is touched.
+bool csp_password_matches(const std::string& password, const Bytes& fingerprint, const Bytes& hmac_password,
+                          bool gost2012);
 }  // namespace formats
 #endif
