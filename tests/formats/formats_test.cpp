@@ -198,4 +198,17 @@ TEST(CspContainer, PasswordKdfOfEveryGeneration) {
         EXPECT_FALSE(formats::csp_password_matches("2", h(c.fp), h(c.mac), c.g2012)) << c.fp;
         EXPECT_FALSE(formats::csp_password_matches("1", h(c.fp), h("00000000"), c.g2012)) << c.fp;
     }
+    // masks.key's MAC (S-box A, Z, and Z over the upper half of a 64-byte mask); a flipped salt fails.
+    struct Mask { const char* mask; const char* salt; const char* mac; bool g2012; } masks[] = {
+        {"e3523b1edde1334735b25b04dde191594edc3ad25bea1fe7d9f444c22fe9b672", "bbe074586f1385f07221f5f6", "285a2833", false},
+        {"977f17bf89b6e572a1bbccb91a8e24f3e9c57c54951e13d30531efef01380bdc", "bb43a4057f3652f786d5d020", "8d9e4813", true},
+        {"e2c7a458907c78b8b1c029f5271d0e835850f997e23f41242f5bdb10045f86c2"
+         "93e4741727052d6c596dca1ea8324a0059f7c3f8add41d0ba6027db25335ab77", "79f7c43b9e9223fe7425fc52", "e047e55c", true},
+    };
+    for (const Mask& m : masks) {
+        EXPECT_TRUE(formats::csp_mask_mac_matches(h(m.mask), h(m.salt), h(m.mac), m.g2012)) << m.salt;
+        Bytes salt = h(m.salt);
+        salt[0] ^= 1;
+        EXPECT_FALSE(formats::csp_mask_mac_matches(h(m.mask), salt, h(m.mac), m.g2012)) << m.salt;
+    }
 }

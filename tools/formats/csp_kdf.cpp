@@ -22,6 +22,13 @@ Secret hash(const Secret& in, bool gost2012) {
 
 void append(Secret& to, const unsigned char* p, size_t n) { to.insert(to.end(), p, p + n); }
 
+// Without an early exit: the computed MAC is secret-derived.
+bool equal4(const Bytes& computed, const Bytes& stored) {
+    unsigned char diff = stored.size() == 4 ? 0 : 1;
+    for (size_t i = 0; i < 4 && i < stored.size(); ++i) diff |= computed[i] ^ stored[i];
+    return diff == 0;
+}
+
 }  // namespace
 
 Secret csp_container_kek(const std::string& password, const Bytes& salt, bool gost2012) {
@@ -60,10 +67,13 @@ bool csp_password_matches(const std::string& password, const Bytes& fingerprint,
                           bool gost2012) {
     const Secret key = csp_container_kek(password, fingerprint, gost2012);
     const unsigned char zero[16] = {};
-    const Bytes mac = mac4(zero, sizeof zero, key, nullptr, gost2012 ? kSboxZ : kSboxA);
-    unsigned char diff = hmac_password.size() == 4 ? 0 : 1;
-    for (size_t i = 0; i < 4 && i < hmac_password.size(); ++i) diff |= mac[i] ^ hmac_password[i];
-    return diff == 0;
+    return equal4(mac4(zero, sizeof zero, key, nullptr, gost2012 ? kSboxZ : kSboxA), hmac_password);
+}
+
+bool csp_mask_mac_matches(const Bytes& mask, const Bytes& salt, const Bytes& mac, bool gost2012) {
+    if (mask.size() != 32 && mask.size() != 64) return false;
+    const Secret key(mask.end() - 32, mask.end());
+    return equal4(mac4(salt.data(), salt.size(), key, nullptr, gost2012 ? kSboxZ : kSboxA), mac);
 }
 
 }  // namespace formats

@@ -16,5 +16,8 @@ Secret csp_container_kek(const std::string& password, const Bytes& salt, bool go
 // the password before the key is touched.
 bool csp_password_matches(const std::string& password, const Bytes& fingerprint, const Bytes& hmac_password,
                           bool gost2012);
+// masks.key's MAC: the salt under the mask (a 64-byte mask's upper half).
+// Detects a damaged masks file without the password.
+bool csp_mask_mac_matches(const Bytes& mask, const Bytes& salt, const Bytes& mac, bool gost2012);
 }  // namespace formats
 #endif
