@@ -211,4 +211,14 @@ TEST(CspContainer, PasswordKdfOfEveryGeneration) {
         salt[0] ^= 1;
         EXPECT_FALSE(formats::csp_mask_mac_matches(h(m.mask), salt, h(m.mac), m.g2012)) << m.salt;
     }
+    // header.key of each generation: intact, one flipped octet, truncated.
+    for (const char* g : {"g2001", "g2012256", "g2012512"}) {
+        Bytes hd = load(std::string("csp-") + g + "-header.key");
+        const bool g2012 = std::string(g) != "g2001";
+        EXPECT_TRUE(formats::csp_header_mac_matches(hd, g2012)) << g;
+        hd[100] ^= 1;
+        EXPECT_FALSE(formats::csp_header_mac_matches(hd, g2012)) << g;
+        hd.resize(hd.size() / 2);
+        EXPECT_FALSE(formats::csp_header_mac_matches(hd, g2012)) << g;
+    }
 }

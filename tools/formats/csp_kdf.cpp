@@ -76,4 +76,31 @@ bool csp_mask_mac_matches(const Bytes& mask, const Bytes& salt, const Bytes& mac
     return equal4(mac4(salt.data(), salt.size(), key, nullptr, gost2012 ? kSboxZ : kSboxA), mac);
 }
 
+namespace {
+// The length of the DER value at p[0..n), header included; 0 when malformed.
+size_t tlv_size(const unsigned char* p, size_t n) {
+    if (n < 2) return 0;
+    size_t len = p[1], hdr = 2;
+    if (len & 0x80) {
+        const size_t k = len & 0x7F;
+        if (k == 0 || k > 3 || n < 2 + k) return 0;
+        len = 0;
+        for (size_t i = 0; i < k; ++i) len = len << 8 | p[2 + i];
+        hdr += k;
+    }
+    return len <= n - hdr ? hdr + len : 0;
+}
+}  // namespace
+
+bool csp_header_mac_matches(const Bytes& header, bool gost2012) {
+    const size_t outer = tlv_size(header.data(), header.size());
+    if (outer == 0 || header[0] != 0x30) return false;
+    const size_t body = outer - (header[1] & 0x80 ? 2 + (header[1] & 0x7F) : 2);  // the outer content
+    const unsigned char* p = header.data() + (outer - body);
+    const size_t content = tlv_size(p, body);
+    if (content == 0 || p[0] != 0x30 || body - content != 6 || p[content] != 0x04 || p[content + 1] != 4) return false;
+    const Secret zero(32, 0);
+    return equal4(mac4(p, content, zero, nullptr, gost2012 ? kSboxZ : kSboxA), Bytes(p + content + 2, p + content + 6));
+}
+
 }  // namespace formats

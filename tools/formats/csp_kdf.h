@@ -19,5 +19,8 @@ bool csp_password_matches(const std::string& password, const Bytes& fingerprint,
 // masks.key's MAC: the salt under the mask (a 64-byte mask's upper half).
 // Detects a damaged masks file without the password.
 bool csp_mask_mac_matches(const Bytes& mask, const Bytes& salt, const Bytes& mac, bool gost2012);
+// header.key's own MAC: the DER of keyContainerContent under a zero key. A
+// checksum against damage (the key is constant); false for any malformed file.
+bool csp_header_mac_matches(const Bytes& header, bool gost2012);
 }  // namespace formats
 #endif
