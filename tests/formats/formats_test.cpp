@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "common/test_util.h"
+#include "formats/csp_kdf.h"
 #include "formats/gost.h"
 #include "formats/pfx.h"
 #include "GOST_28147_89.h"
@@ -171,3 +172,53 @@ TEST(Gost, MeshedCfbMatchesOpenSsl) {
 }
 
 }  // namespace
+
+// Container KEKs of real CSP containers, from ../shared/samples/cryptopro/VECTORS.txt
+// (kov-serg_get-cpcert, password '1'): masks.key salts and the header's
+// public-key fingerprints (password-check key), one row per generation.
+TEST(CspContainer, PasswordKdfOfEveryGeneration) {
+    struct Row { const char* salt; bool g2012; const char* kek; } rows[] = {
+        {"bbe074586f1385f07221f5f6", false, "ffc614555770fb63504fc509b1d212d34decf972e6e33bdc9ac87ff8b69b34e1"},
+        {"91e604e1730a0b4b", false, "f13c9ce893fc9226c022ff5b8f44f4f0f55c9a720205e6b15219b2138121b7e2"},
+        {"bb43a4057f3652f786d5d020", true, "2e168a02b3a0b2bc09c833bc4cccd496eb8e56be6db9b73f9c50d38b2cfec589"},
+        {"22ded110fefd4ede", true, "85298f413c7e4349732992c9153aa7a464fc3a4e2789be8ed20cf35047dac1c5"},
+        {"79f7c43b9e9223fe7425fc52", true, "ebae849b09d3fe00f4f0527852ae244f2d1f753422092030564b47fde5de4c23"},
+        {"281b22ff6d4525f7", true, "02c97fb8741f0346dfcd29f0686dab0386fba12daf57a22b2981af4fbb65609f"},
+    };
+    for (const Row& r : rows)
+        EXPECT_EQ(kt::to_hex(formats::csp_container_kek("1", h(r.salt), r.g2012)), r.kek) << r.salt;
+    // header.key's hmacPassword: right password, wrong password, damaged value.
+    struct Check { const char* fp; const char* mac; bool g2012; } checks[] = {
+        {"91e604e1730a0b4b", "d70f43d3", false},
+        {"22ded110fefd4ede", "1a52b832", true},
+        {"281b22ff6d4525f7", "98a7659b", true},
+    };
+    for (const Check& c : checks) {
+        EXPECT_TRUE(formats::csp_password_matches("1", h(c.fp), h(c.mac), c.g2012)) << c.fp;
+        EXPECT_FALSE(formats::csp_password_matches("2", h(c.fp), h(c.mac), c.g2012)) << c.fp;
+        EXPECT_FALSE(formats::csp_password_matches("1", h(c.fp), h("00000000"), c.g2012)) << c.fp;
+    }
+    // masks.key's MAC (S-box A, Z, and Z over the upper half of a 64-byte mask); a flipped salt fails.
+    struct Mask { const char* mask; const char* salt; const char* mac; bool g2012; } masks[] = {
+        {"e3523b1edde1334735b25b04dde191594edc3ad25bea1fe7d9f444c22fe9b672", "bbe074586f1385f07221f5f6", "285a2833", false},
+        {"977f17bf89b6e572a1bbccb91a8e24f3e9c57c54951e13d30531efef01380bdc", "bb43a4057f3652f786d5d020", "8d9e4813", true},
+        {"e2c7a458907c78b8b1c029f5271d0e835850f997e23f41242f5bdb10045f86c2"
+         "93e4741727052d6c596dca1ea8324a0059f7c3f8add41d0ba6027db25335ab77", "79f7c43b9e9223fe7425fc52", "e047e55c", true},
+    };
+    for (const Mask& m : masks) {
+        EXPECT_TRUE(formats::csp_mask_mac_matches(h(m.mask), h(m.salt), h(m.mac), m.g2012)) << m.salt;
+        Bytes salt = h(m.salt);
+        salt[0] ^= 1;
+        EXPECT_FALSE(formats::csp_mask_mac_matches(h(m.mask), salt, h(m.mac), m.g2012)) << m.salt;
+    }
+    // header.key of each generation: intact, one flipped octet, truncated.
+    for (const char* g : {"g2001", "g2012256", "g2012512"}) {
+        Bytes hd = load(std::string("csp-") + g + "-header.key");
+        const bool g2012 = std::string(g) != "g2001";
+        EXPECT_TRUE(formats::csp_header_mac_matches(hd, g2012)) << g;
+        hd[100] ^= 1;
+        EXPECT_FALSE(formats::csp_header_mac_matches(hd, g2012)) << g;
+        hd.resize(hd.size() / 2);
+        EXPECT_FALSE(formats::csp_header_mac_matches(hd, g2012)) << g;
+    }
+}
