@@ -1,0 +1,24 @@
+#!/usr/bin/env bash
+# Builds the libFuzzer targets with clang and runs each for a short fixed time
+# on its seed corpus (fuzz/corpus/<name>, copied so the tree stays clean).
+# Any finding fails the step. FUZZ_SECONDS per target (default 20) keeps the
+# whole step under 5 minutes; scripts/fuzz-long.sh is the long run.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+secs=${FUZZ_SECONDS:-20}
+CC=clang CXX=clang++ cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKORVEX_FUZZ=ON \
+  -DKORVEX_BUILD_TESTS=OFF -DKORVEX_BUILD_BENCH=OFF -DKORVEX_BUILD_TOOLS=OFF >/dev/null
+cmake --build build-fuzz -j"$(nproc)"
+status=0
+for exe in build-fuzz/fuzz/fuzz_*; do
+  name=$(basename "$exe"); name=${name#fuzz_}
+  work=$(mktemp -d); cp -r fuzz/corpus/"$name"/. "$work"/ 2>/dev/null || true
+  dict=(); [ -f fuzz/der.dict ] && dict=(-dict=fuzz/der.dict)
+  if ! "$exe" -max_total_time="$secs" -max_len=8192 -artifact_prefix=build-fuzz/ "${dict[@]}" "$work" 2>"$work.log"; then
+    echo "FINDING in $name:"; tail -40 "$work.log"; status=1
+  else
+    echo "$name: $(grep -o 'Done [0-9]* runs' "$work.log")"
+  fi
+  rm -rf "$work" "$work.log"
+done
+exit $status
