@@ -10,7 +10,7 @@ CC=clang CXX=clang++ cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo 
   -DKORVEX_BUILD_TESTS=OFF -DKORVEX_BUILD_BENCH=OFF -DKORVEX_BUILD_TOOLS=OFF >/dev/null
 cmake --build build-fuzz -j"$(nproc)"
 status=0
-for exe in build-fuzz/fuzz/fuzz_*; do
+for exe in build-fuzz/fuzz_*; do
   name=$(basename "$exe"); name=${name#fuzz_}
   work=$(mktemp -d); cp -r fuzz/corpus/"$name"/. "$work"/ 2>/dev/null || true
   dict=(); [ -f fuzz/der.dict ] && dict=(-dict=fuzz/der.dict)

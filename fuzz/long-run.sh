@@ -4,7 +4,7 @@
 set -uo pipefail
 cd "$(dirname "$0")/.."
 secs=${1:-3600}
-for exe in build-fuzz/fuzz/fuzz_*; do
+for exe in build-fuzz/fuzz_*; do
   name=$(basename "$exe"); name=${name#fuzz_}
   mkdir -p build-fuzz/corpus-"$name"; cp -rn fuzz/corpus/"$name"/. build-fuzz/corpus-"$name"/ 2>/dev/null
   "$exe" -max_total_time="$secs" -max_len=8192 -dict=fuzz/der.dict -artifact_prefix=build-fuzz/ \
