@@ -165,6 +165,7 @@ std::string period_text(const Cert& c, long long now) {
 std::string chain_to_anchor(const Cert& signer, const std::vector<Cert>& pool, const std::vector<Cert>& anchors,
                             long long now, std::string& text) {
     const Cert* cur = &signer;
+    text = name_text(signer.subject);
     for (int depth = 0; depth < 10; ++depth) {
         for (const Cert& a : anchors)
             if (a.der == cur->der) return "";

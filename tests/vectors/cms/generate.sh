@@ -103,4 +103,26 @@ for s in 256:A 512:A 512:B; do
     openssl x509 -in "$work/old.crt" -out "expired$n.crt"
   fi
 done
+
+
+# A certificate whose public key OCTET STRING says 32 octets instead of 64
+# (the rest of the BIT STRING left as it was): the key is short.
+python3 - <<'PY'
+import base64
+pem = open("leaf256A.crt").read()
+der = bytearray(base64.b64decode("".join(l for l in pem.splitlines() if "-----" not in l)))
+at = der.index(bytes([0x03, 0x43, 0x00, 0x04, 0x40]))
+der[at + 4] = 0x20
+open("shortkey256A.der", "wb").write(der)
+PY
 echo "cms fixtures written"
+
+# The 256-bit leaf with one letter of its subject changed (L=Noscow): the CA's
+# signature no longer holds.
+python3 - <<'PY'
+import base64
+pem = open("leaf256A.crt").read()
+der = bytearray(base64.b64decode("".join(l for l in pem.splitlines() if "-----" not in l)))
+der[der.index(b"Moscow")] = ord("N")
+open("altered256A.der", "wb").write(der)
+PY
