@@ -21,11 +21,11 @@ void gost89_ctr(unsigned char* data, size_t len, const Gost89Key& k, const Gost8
     wipe(g, sizeof g);
     if (len) {
         c = gost89_ctr_next(c);
-        unsigned char g[8];
-        store64(g, gost89_encrypt(c, k, t));
-        xor_into(data, g, len);
-        if (tail_gamma) *tail_gamma = load64(g);
-        wipe(g, sizeof g);
+        unsigned char tail[8];
+        store64(tail, gost89_encrypt(c, k, t));
+        xor_into(data, tail, len);
+        if (tail_gamma) *tail_gamma = load64(tail);
+        wipe(tail, sizeof tail);
     }
     *ctr = c;
 }

@@ -24,5 +24,9 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/KorvexConfigVersion.cmake
 install(FILES ${CMAKE_BINARY_DIR}/KorvexConfig.cmake ${CMAKE_BINARY_DIR}/KorvexConfigVersion.cmake
   DESTINATION ${KORVEX_CMAKE_DIR})
 
+# The .pc file finds its prefix from its own place, so that it is right for
+# whatever prefix `cmake --install --prefix` is given.
+file(RELATIVE_PATH KORVEX_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+string(REGEX REPLACE "/$" "" KORVEX_PC_TO_PREFIX "${KORVEX_PC_TO_PREFIX}")
 configure_file(${CMAKE_SOURCE_DIR}/cmake/korvex.pc.in ${CMAKE_BINARY_DIR}/korvex.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/korvex.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -15,7 +15,8 @@ foreach(dir ${KORVEX_SUBSYSTEMS})
   endforeach()
 endforeach()
 
+# Optimised unless this is a Debug build (debuggers and sanitizers want -O0).
 set(KORVEX_LIB_FLAGS
-  -O2 -Wall -Wextra -fno-exceptions -fno-rtti -fno-threadsafe-statics
+  $<$<NOT:$<CONFIG:Debug>>:-O2> -fno-exceptions -fno-rtti -fno-threadsafe-statics
   -fstack-protector-strong -fno-plt -fno-asynchronous-unwind-tables
 )

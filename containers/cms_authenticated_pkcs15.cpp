@@ -82,8 +82,9 @@ bool locate_authdata(const Generation& g, uint8_t* container, AuthData& ad) {
 }
 
 unsigned authdata(const Generation& g, uint8_t* content, unsigned len, type_uN<32>* kek, uint8_t* out) {
-    unsigned inner = ad_prefix_len(g) + len + g.ad_suffix_len;
-    unsigned total = wrapped_size(inner);
+    uint64_t inner64 = uint64_t{ad_prefix_len(g)} + len + g.ad_suffix_len;
+    if (wrapped_size(inner64) > kMaxSize) return 0;
+    unsigned inner = static_cast<unsigned>(inner64), total = static_cast<unsigned>(wrapped_size(inner));
     El os;
     if (content != nullptr && !encapsulated(content, len, os)) return 0;
     if (out == nullptr) return total;

@@ -6,6 +6,7 @@
 #include "GOST_34_10_2001.h"
 #include "containers/cryptopro_format.h"
 #include "core/bytes.h"
+#include "pki/x509_key.h"
 #include "x_509.h"
 
 namespace {
@@ -25,12 +26,16 @@ bool certificate_selector(unsigned char* certificate, unsigned char* selector) {
     return true;
 }
 
+// A certificate whose key holds fewer than 64 octets matches nothing (its
+// octets are not read past the key).
 bool matches_certificate(type_uN<32>* d, unsigned char* certificate, unsigned char selector) {
-    unsigned char* stored = x_509_get_open_key(certificate);
-    if (!stored) return false;
+    kx::pki::Der stored;
+    if (!kx::pki::public_key_octets(certificate, stored) || stored.len() < 64) return false;
     type_uN<64> pub;
     GOST_34_10_2001_gen_open_key(d, &pub, selector);
-    return ASN1_mem_compare(pub.b, stored, 64) == 0;
+    bool same = ASN1_mem_compare(pub.b, stored.val, 64) == 0;
+    kx::wipe_obj(pub);
+    return same;
 }
 
 unsigned char get_checked(unsigned char* primary, unsigned char* masks, unsigned char* certificate,

@@ -34,11 +34,20 @@ unsigned char compute_mac(unsigned char* c, unsigned char* password, unsigned ch
     return r;
 }
 
-// Stores a fresh MAC into the MacData's value element.
+// Stores a fresh MAC into the MacData's value element: its tag must be one
+// pkcs12_set_block takes (else 5, after the content has been written back).
+// The MAC is compared at a fixed place, two octets behind that tag, and the
+// length octet lies outside the MAC'd range, so a container may carry any
+// octet there and still verify: the MAC is stored at that same fixed place,
+// where a short length form puts it too, instead of behind a length read
+// from the container that could send it past the MacData.
 unsigned char store_mac(unsigned char* c, unsigned char* password, unsigned char password_len) {
+    unsigned char tag = c[kMacValue];
+    if (tag != 0x02 && tag != 0x04 && tag != 0x06 && tag != 0x30) return 5;
     type_uN<32> mac;
     unsigned char r = compute_mac(c, password, password_len, &mac);
-    if (r == 0) r = pkcs12_set_block(c, kMacValue, 32, mac.b);
+    if (r == 0) kx::copy(c + kMacValue + 2, mac.b, 32);
+    kx::wipe_obj(mac);
     return r;
 }
 

@@ -84,9 +84,9 @@ void seal_envelope(const Generation& g, const Envelope& env, type_uN<32>* kek, u
 namespace {
 
 struct EnvelopeLayout {
-    unsigned element;  // 04 L value
-    unsigned info;     // content of the encrypted content info SEQUENCE
-    unsigned total;
+    uint64_t element;  // 04 L value
+    uint64_t info;     // content of the encrypted content info SEQUENCE
+    uint64_t total;
 };
 
 EnvelopeLayout layout(const Generation& g, unsigned len) {
@@ -99,11 +99,15 @@ EnvelopeLayout layout(const Generation& g, unsigned len) {
 
 }  // namespace
 
-unsigned envelope_size(const Generation& g, unsigned len) { return layout(g, len).total; }
+unsigned envelope_size(const Generation& g, unsigned len) {
+    uint64_t total = layout(g, len).total;
+    return total > kMaxSize ? 0 : static_cast<unsigned>(total);
+}
 
 unsigned envelope(const Generation& g, uint8_t* data, unsigned len, type_uN<32>* kek, uint8_t* out) {
     EnvelopeLayout l = layout(g, len);
-    if (out == nullptr) return l.total;
+    if (l.total > kMaxSize) return 0;
+    if (out == nullptr) return static_cast<unsigned>(l.total);
     // CEK, then a block whose octets 0..7 are the IV and 8..15 the UKM.
     uint8_t cek[32], blk[32];
     if (!draw(cek) || !draw(blk)) {
@@ -116,15 +120,16 @@ unsigned envelope(const Generation& g, uint8_t* data, unsigned len, type_uN<32>*
     // The value goes in first: it may lie at out itself.
     move(element + hdr_size(len), data, len);
     put_header(element, 0x04, len);
-    put_header(tpl + g.enc_info_len, 0x80, l.element);
+    put_header(tpl + g.enc_info_len, 0x80, static_cast<unsigned>(l.element));
     copy(tpl, g.enc_info, g.enc_info_len);
-    put_header(info, 0x30, l.info);
+    put_header(info, 0x30, static_cast<unsigned>(l.info));
     copy(out, g.recipient, g.recipient_len);
-    Envelope env = {out + g.ukm_at, out + g.wrapped_at, out + g.wrap_mac_at, tpl + g.iv_at, element, l.element};
+    Envelope env = {out + g.ukm_at,  out + g.wrapped_at, out + g.wrap_mac_at,
+                    tpl + g.iv_at, element,           static_cast<unsigned>(l.element)};
     seal_envelope(g, env, kek, cek, blk, blk + 8);
     wipe(cek, sizeof cek);
     wipe(blk, sizeof blk);
-    return l.total;
+    return static_cast<unsigned>(l.total);
 }
 
 }  // namespace p15

@@ -89,14 +89,58 @@ constexpr Table<2 * D + 48> ad_suffix() {
 constexpr Table<112> kAdSuffix2001 = ad_suffix<32>();
 constexpr Table<176> kAdSuffix2012 = ad_suffix<64>();
 
+// Every position in a generation follows from its templates; the two
+// generations differ in the parameter-set OID (7 or 9 octets) and in the
+// digest size D (32 or 64).
+template <unsigned R, unsigned E, unsigned P, unsigned A, unsigned S>
+constexpr Generation generation(bool gost2012, const uint8_t (&recipient)[R], const uint8_t (&enc_info)[E],
+                                const uint8_t (&pwd_header)[P], const uint8_t (&ad_algs)[A], const Table<S>& suffix) {
+    Generation g{};
+    g.sbox = gost2012 ? 7 : 2;
+    g.gost2012 = gost2012;
+    g.recipient = recipient;
+    g.recipient_len = R;
+    // The recipient ends UKM(8), 04 2A 30 28 04 20, key(32), 04 04, MAC(4).
+    g.ukm_at = R - 52;
+    g.wrapped_at = g.ukm_at + 14;
+    g.wrap_mac_at = g.wrapped_at + 34;
+    g.enc_info = enc_info;
+    g.enc_info_len = E;
+    g.iv_at = 25;  // id-data(11), 30 L, OID(8), 30 L, 04 08
+    g.pwd_header = pwd_header;
+    g.pwd_header_len = P;
+    g.salt_at = 32;  // behind 04 20
+    g.ad_algs = ad_algs;
+    g.ad_algs_len = A;
+    g.ad_suffix = suffix.b;
+    g.ad_suffix_len = S;
+    g.digest_len = (S - 48) / 2;
+    g.attrs_len = g.digest_len + 46;
+    g.digest_at = 46;
+    g.ad_mac_at = g.digest_len + 48;
+    g.key_tag = gost2012 ? 0xBB : 0xBA;
+    return g;
+}
+
+// The positions land on the value octets that the templates leave zero for
+// them, right behind the headers that announce them.
+constexpr bool fits(const Generation& g) {
+    const uint8_t* r = g.recipient;
+    return r[g.ukm_at - 2] == 0x04 && r[g.ukm_at - 1] == 8 && r[g.wrapped_at - 2] == 0x04 &&
+           r[g.wrapped_at - 1] == 32 && r[g.wrap_mac_at - 2] == 0x04 && r[g.wrap_mac_at - 1] == 4 &&
+           g.enc_info[g.iv_at - 2] == 0x04 && g.enc_info[g.iv_at - 1] == 8 && g.pwd_header[g.salt_at - 2] == 0x04 &&
+           g.pwd_header[g.salt_at - 1] == 32 && g.ad_suffix[g.digest_at - 2] == 0x04 &&
+           g.ad_suffix[g.digest_at - 1] == g.digest_len && g.ad_suffix[g.ad_mac_at - 2] == 0x04 &&
+           g.ad_suffix[g.ad_mac_at - 1] == g.digest_len && g.ad_suffix[1] + 2u == g.attrs_len;
+}
+
 }  // namespace
 
 const uint8_t kTokenOid[12] = {0x06, 0x0A, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x0F, 0x03, 0x01};
 
-constexpr Generation g2001 = {2,  false, kRecipient2001, 94, 42, 56, 90,  kEncInfo2001, 42,   25,
-                              kPwdHeader2001, 81, 32, kAdAlgs2001, 20, kAdSuffix2001.b, 112, 78, 46, 32, 80, 0xBA};
-constexpr Generation g2012 = {7,  true,  kRecipient2012, 96, 44, 58, 92,  kEncInfo2012, 44,   25,
-                              kPwdHeader2012, 83, 32, kAdAlgs2012, 24, kAdSuffix2012.b, 176, 110, 46, 64, 112, 0xBB};
+constexpr Generation g2001 = generation(false, kRecipient2001, kEncInfo2001, kPwdHeader2001, kAdAlgs2001, kAdSuffix2001);
+constexpr Generation g2012 = generation(true, kRecipient2012, kEncInfo2012, kPwdHeader2012, kAdAlgs2012, kAdSuffix2012);
+static_assert(fits(g2001) && fits(g2012), "template positions");
 
 void digest(const Generation& g, uint8_t* data, unsigned len, uint8_t* out) {
     if (g.gost2012)

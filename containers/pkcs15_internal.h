@@ -58,10 +58,13 @@ void derive_kek(const Generation& g, uint8_t* password, unsigned char passwordLe
 bool draw(uint8_t* out32);
 
 // ---- DER -------------------------------------------------------------------
-inline unsigned hdr_size(unsigned len) {
+inline unsigned hdr_size(uint64_t len) {
     return len < 0x80 ? 2 : len < 0x100 ? 3 : len < 0x10000 ? 4 : len < 0x1000000 ? 5 : 6;
 }
-inline unsigned wrapped_size(unsigned len) { return hdr_size(len) + len; }
+// Sizes are added up in 64 bits so that a builder can see, and refuse, a
+// result that does not fit its 32-bit return value.
+inline uint64_t wrapped_size(uint64_t len) { return hdr_size(len) + len; }
+constexpr uint64_t kMaxSize = 0xFFFFFFFFu;
 // Writes tag and length; returns the header size.
 unsigned put_header(uint8_t* p, uint8_t tag, unsigned len);
 // Moves n octets from src to dst; the ranges may overlap.

@@ -52,9 +52,18 @@ inline bool equal(const void* a, const void* b, size_t n) {
     return acc == 0;
 }
 
-// Overwrites secrets; the volatile stores cannot be dropped as dead.
+// Overwrites secrets; the volatile stores cannot be dropped as dead. Whole
+// 64-bit words are stored where the address allows (stack copies of keys and
+// states always do), octets elsewhere.
 inline void wipe(void* p, size_t n) {
-    volatile unsigned char* d = static_cast<volatile unsigned char*>(p);
+    unsigned char* b = static_cast<unsigned char*>(p);
+    if ((reinterpret_cast<uintptr_t>(b) & 7) == 0) {
+        volatile uint64_t* w = reinterpret_cast<volatile uint64_t*>(b);
+        for (size_t k = n / 8; k; --k) *w++ = 0;
+        b += n & ~size_t{7};
+        n &= 7;
+    }
+    volatile unsigned char* d = b;
     for (; n; --n) *d++ = 0;
 }
 

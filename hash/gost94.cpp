@@ -19,13 +19,16 @@ void start_value(V256& h, const type_uN<32>* start) {
 }
 
 // Hashes whole blocks into h and sigma.
+// The working values below are wiped before they go out of scope: the
+// message may be a secret (an HMAC key block, a PBKDF2 password).
 void absorb(V256& h, V256& sigma, const unsigned char* p, size_t blocks) {
+    V256 m;
     for (; blocks; --blocks, p += 32) {
-        V256 m;
         kx::gost94::load(m, p);
         kx::gost94::add(sigma, m);
         kx::gost94::step(h, m);
     }
+    kx::wipe_obj(m);
 }
 
 // The zero-padded tail block when there is one (t > 0), then the length
@@ -40,9 +43,12 @@ void finish(V256& h, V256 sigma, uint32_t bits, const unsigned char* tail, unsig
         kx::gost94::add(sigma, m);
         kx::gost94::step(h, m);
         bits += 8 * t;
+        kx::wipe(buf, sizeof buf);
+        kx::wipe_obj(m);
     }
     kx::gost94::step(h, V256{{bits, 0, 0, 0}});
     kx::gost94::step(h, sigma);
+    kx::wipe_obj(sigma);
 }
 
 }  // namespace
@@ -54,6 +60,7 @@ KORVEX_API void GOST_34_11_94_hash(unsigned char* data, unsigned int len, type_u
     // The length field is 32 bits wide and wraps.
     finish(h, sigma, static_cast<uint32_t>(len & ~31u) * 8u, data + (len & ~31u), len % 32);
     kx::gost94::store(out->b, h);
+    kx::wipe_obj(h), kx::wipe_obj(sigma);
 }
 
 KORVEX_API void GOST_34_11_94_hash_init(type_uN<32>* start, stream_hash_t* state) {
@@ -80,6 +87,7 @@ KORVEX_API void GOST_34_11_94_hash_write(unsigned char* data, unsigned int len, 
     kx::gost94::store(state->H.b, h);
     kx::gost94::store(state->sigma.b, sigma);
     kx::store32(state->length.b, bits);
+    kx::wipe_obj(h), kx::wipe_obj(sigma);
 }
 
 KORVEX_API void GOST_34_11_94_hash_end(type_uN<32>* out, stream_hash_t* state) {
@@ -88,6 +96,7 @@ KORVEX_API void GOST_34_11_94_hash_end(type_uN<32>* out, stream_hash_t* state) {
     kx::gost94::load(sigma, state->sigma.b);
     finish(h, sigma, kx::load32(state->length.b), state->pending, state->pending_len & 31u);
     kx::gost94::store(out->b, h);
+    kx::wipe_obj(h), kx::wipe_obj(sigma);
 }
 
 // --- step function pieces ----------------------------------------------------

@@ -90,6 +90,8 @@ inline V256 keygen_encrypt(const V256& m, const V256& h) {
     V256 s = h;
     const Gost89Table4& table = gost89_table4(gost89_table(1));
     gost89_encrypt_x4(s.w, key, table);
+    // The keys are as good as h and m, which may be secret (HMAC, PBKDF2).
+    wipe_obj(key), wipe_obj(u), wipe_obj(v);
     return s;
 }
 
@@ -107,6 +109,7 @@ inline void step(V256& h, const V256& m) {
     V256 s = keygen_encrypt(m, h);
     shuffle(s, &m, h);
     h = s;
+    wipe_obj(s);
 }
 
 }  // namespace gost94

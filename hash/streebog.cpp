@@ -17,14 +17,17 @@ struct Run {
     Block h, sigma, N;
 };
 
+// The working values below are wiped before they go out of scope: the
+// message may be a secret (an HMAC key block, a PBKDF2 password).
 void absorb(Run& r, const unsigned char* p, size_t blocks) {
+    Block m;
     for (; blocks; --blocks, p += 64) {
-        Block m;
         kx::streebog::load(m, p);
         kx::streebog::compress(r.h, r.N, m);
         kx::streebog::add_to(r.sigma, r.sigma, m);
         kx::streebog::add_small(r.N, 512);
     }
+    kx::wipe_obj(m);
 }
 
 // The last block (t bytes, then 0x01, then zeros; formed even when t is 0),
@@ -41,6 +44,8 @@ void finish(Run& r, const unsigned char* tail, unsigned t) {
     kx::streebog::add_small(r.N, 8ull * t);
     kx::streebog::compress(r.h, kZero, r.N);
     kx::streebog::compress(r.h, kZero, r.sigma);
+    kx::wipe(buf, sizeof buf);
+    kx::wipe_obj(m);
 }
 
 void hash_whole(const unsigned char* data, unsigned int len, Block& h) {
@@ -51,6 +56,7 @@ void hash_whole(const unsigned char* data, unsigned int len, Block& h) {
     absorb(r, data, len / 64);
     finish(r, data + (len & ~63u), len % 64);
     h = r.h;
+    kx::wipe_obj(r);
 }
 
 void iv256(Block& h) {
@@ -88,6 +94,7 @@ void end(stream_hash_2012_t* st, Block& h) {
     st->pending_len = 0;
     store_run(st, r);
     h = r.h;
+    kx::wipe_obj(r);
 }
 
 }  // namespace
@@ -96,6 +103,7 @@ KORVEX_API void GOST_34_11_2012_hash_512_bit(unsigned char* data, unsigned int l
     Block h = kZero;
     hash_whole(data, len, h);
     kx::streebog::store(out->b, h);
+    kx::wipe_obj(h);
 }
 
 KORVEX_API void GOST_34_11_2012_hash_256_bit(unsigned char* data, unsigned int len, type_uN<32>* out) {
@@ -103,6 +111,7 @@ KORVEX_API void GOST_34_11_2012_hash_256_bit(unsigned char* data, unsigned int l
     iv256(h);
     hash_whole(data, len, h);
     for (int i = 0; i < 4; ++i) kx::store64(out->b + 8 * i, h.w[4 + i]);
+    kx::wipe_obj(h);
 }
 
 KORVEX_API void GOST_34_11_2012_base(unsigned char* data, unsigned int len, type_uN<64>* h) {
@@ -110,6 +119,7 @@ KORVEX_API void GOST_34_11_2012_base(unsigned char* data, unsigned int len, type
     kx::streebog::load(v, h->b);
     hash_whole(data, len, v);
     kx::streebog::store(h->b, v);
+    kx::wipe_obj(v);
 }
 
 KORVEX_API void GOST_34_11_2012_hash_256_init(stream_hash_2012_t* state) {
@@ -129,18 +139,21 @@ KORVEX_API void GOST_34_11_2012_hash_write(unsigned char* data, unsigned int len
     state->pending_len = static_cast<unsigned char>(kx::stream_blocks(
         state->pending, state->pending_len & 63u, data, len, [&](const unsigned char* p, size_t n) { absorb(r, p, n); }));
     store_run(state, r);
+    kx::wipe_obj(r);
 }
 
 KORVEX_API void GOST_34_11_2012_hash_512_end(type_uN<64>* out, stream_hash_2012_t* state) {
     Block h;
     end(state, h);
     kx::streebog::store(out->b, h);
+    kx::wipe_obj(h);
 }
 
 KORVEX_API void GOST_34_11_2012_hash_256_end(type_uN<32>* out, stream_hash_2012_t* state) {
     Block h;
     end(state, h);
     for (int i = 0; i < 4; ++i) kx::store64(out->b + 8 * i, h.w[4 + i]);
+    kx::wipe_obj(h);
 }
 
 // --- building blocks ---------------------------------------------------------

@@ -164,6 +164,8 @@ __attribute__((always_inline)) inline void encrypt(Block& s, Block& K, const Blo
         l_pass<Isa>(s_lo, s_hi, s, &t, k_lo, k_hi);  // after the last round the look-ups are spare
         xor_to(s, s, K);
     }
+    wipe(k_lo, sizeof k_lo), wipe(k_hi, sizeof k_hi), wipe(s_lo, sizeof s_lo), wipe(s_hi, sizeof s_hi);
+    wipe_obj(t);
 }
 
 // h := g_N(h, m).
@@ -174,6 +176,7 @@ __attribute__((always_inline)) inline void compress_with(Block& h, const Block& 
     lps<Isa>(t, K);
     encrypt<Isa>(s, K, m);
     for (int i = 0; i < 8; ++i) h.w[i] ^= s.w[i] ^ m.w[i];
+    wipe_obj(K), wipe_obj(t), wipe_obj(s);  // keys and states as good as h and m
 }
 
 // h := g_N(h, m), on AVX2 where the processor has it (streebog_kernels.cpp).

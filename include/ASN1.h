@@ -12,12 +12,12 @@
 #include "korvex_types.h"
 
 // Descriptor of one DER element.
-struct asn1_t {
+typedef struct asn1_t {
     unsigned char* block;   // tag byte, start of the whole element
     unsigned short length;  // content length, low 16 bits of the encoded one
     unsigned char* value;   // first content octet: block + header length
     unsigned char* end;     // value + length (set by ASN1_get_sruct only)
-};
+} asn1_t;
 
 // Tag plus length octets: 2..6; 0 for the indefinite form (0x80) and for
 // long forms with 5 or more length octets (0x85..0xFF). Reads p[1] only.

@@ -15,7 +15,7 @@
 #include "korvex_types.h"
 
 // Where the parts of a SignedData message lie.
-struct cms_signed_data_t {
+typedef struct cms_signed_data_t {
     uint8_t status;                  // 0 parsed completely, 1 otherwise
     unsigned char* certificate;      // first embedded certificate, or null
     uint32_t certificate_len;        // its whole size
@@ -27,13 +27,13 @@ struct cms_signed_data_t {
     uint32_t signer_id_len;          // its whole size
     unsigned char* signature;        // signature octets
     uint32_t signature_len;
-};
+} cms_signed_data_t;
 
 // Content and length of an OCTET STRING found in the signed attributes.
-struct cms_mime_type_t {
+typedef struct cms_mime_type_t {
     unsigned char* value;
     unsigned int length;
-};
+} cms_mime_type_t;
 
 // Signer block: [0] signed attributes (the fixed contentType and
 // messageDigest plus the text's, ordered by encoded size, equal sizes in the
@@ -82,15 +82,16 @@ KORVEX_API cms_mime_type_t CMS_SignedAttr_MIME_type(unsigned char* signedAttrs);
 // The signature always uses the CryptoPro-A curve. 0 signed, 1 generator
 // failure, 2 format error.
 KORVEX_API unsigned int CMS_sig_SignedAttr(unsigned char* block, unsigned char* content,
-                                           unsigned int contentLen, type_uN<32>* key);
+                                           unsigned int contentLen, KORVEX_UN(32)* key);
 
 // As CMS_sig_SignedAttr with the GOST R 34.11-94 digest of the content given.
-KORVEX_API unsigned int CMS_sig_SignedAttr_hash(unsigned char* block, type_uN<32>* digest,
-                                                type_uN<32>* key);
+KORVEX_API unsigned int CMS_sig_SignedAttr_hash(unsigned char* block, KORVEX_UN(32)* digest,
+                                                KORVEX_UN(32)* key);
 
 // Builds the ContentInfo: content (null for a detached signature), signer
 // block, the signer's certificate (embedded when includeCert is non-zero).
-// Returns the message size (also with null out), 0 on error.
+// Returns the message size (also with null out), 0 on error, and 0 when the
+// size would not fit in 32 bits.
 KORVEX_API unsigned int CMS_SignedData_create(unsigned char* content, unsigned int contentLen,
                                               unsigned char* block, unsigned int blockLen,
                                               unsigned char* cert, unsigned char includeCert,
@@ -105,24 +106,25 @@ KORVEX_API cms_signed_data_t CMS_SignedData_parse(unsigned char* msg);
 // through CMS_SignedAttr_find_msg_digest_value_field.
 KORVEX_API unsigned int CMS_SignedData_check(unsigned char* signedAttrs, unsigned char* reserved,
                                              unsigned char* content, unsigned int contentLen,
-                                             unsigned char* cert, type_uN<64>* signature);
+                                             unsigned char* cert, KORVEX_UN(64)* signature);
 
 // As CMS_SignedData_check with the content digest (32 octets) given.
 KORVEX_API unsigned int CMS_SignedData_check_hash(unsigned char* signedAttrs, unsigned char* reserved,
                                                   unsigned char* digest, unsigned int digestLen,
-                                                  unsigned char* cert, type_uN<64>* signature);
+                                                  unsigned char* cert, KORVEX_UN(64)* signature);
 
 // CMS AuthenticatedData around the PKCS#15 content (SEQUENCE { OID, [0] {
 // OCTET STRING } }, len octets already lying at out, moved up in place): one
 // KEK recipient carrying the random MAC key, HMAC over the authenticated
 // attributes, digest of the content. GOST R 34.11-94 / CryptoPro-A, or
 // GOST R 34.11-2012 512-bit / param-Z for _2012. Returns the size (also with
-// null out); 0 on a malformed content or generator failure.
+// null out); 0 on a malformed content or generator failure, and 0 when the
+// size would not fit in 32 bits.
 KORVEX_API unsigned int CMS_AuthenticatedData_pkcs15_create(unsigned char* content, unsigned int len,
-                                                            type_uN<32>* kek, unsigned int reserved,
+                                                            KORVEX_UN(32)* kek, unsigned int reserved,
                                                             unsigned char* out);
 KORVEX_API unsigned int CMS_AuthenticatedData_pkcs15_create_2012(unsigned char* content, unsigned int len,
-                                                                 type_uN<32>* kek, unsigned int reserved,
+                                                                 KORVEX_UN(32)* kek, unsigned int reserved,
                                                                  unsigned char* out);
 
 #endif

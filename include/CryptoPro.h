@@ -31,14 +31,14 @@
 // the first 8 salt bytes), checking the key against the certificate.
 KORVEX_API unsigned char CryptoPro_conteiner_get(unsigned char* primary, unsigned char* masks,
                                                  unsigned char* certificate, unsigned char* mask_block,
-                                                 type_uN<32>* private_key, unsigned char* password,
+                                                 KORVEX_UN(32)* private_key, unsigned char* password,
                                                  unsigned char password_len);
 
 // As CryptoPro_conteiner_get with GOST 28147-89 parameter set Z (selector 7)
 // for the masks' MAC and for deciphering the keys.
 KORVEX_API unsigned char CryptoPro_conteiner_get_2012(unsigned char* primary, unsigned char* masks,
                                                       unsigned char* certificate, unsigned char* mask_block,
-                                                      type_uN<32>* private_key, unsigned char* password,
+                                                      KORVEX_UN(32)* private_key, unsigned char* password,
                                                       unsigned char password_len);
 
 // Unmasks without a certificate (codes 7 and 8 never occur). key2, when not
@@ -47,8 +47,8 @@ KORVEX_API unsigned char CryptoPro_conteiner_get_2012(unsigned char* primary, un
 // result (source first), so key1 keeps its content and key2 stays zero. This
 // copy direction is part of the interface. The mask block is written.
 KORVEX_API unsigned char CryptoPro_conteiner_get_no_pass_chek(unsigned char* primary, unsigned char* masks,
-                                                              unsigned char* mask_block, type_uN<32>* key1,
-                                                              type_uN<32>* key2, unsigned char* password,
+                                                              unsigned char* mask_block, KORVEX_UN(32)* key1,
+                                                              KORVEX_UN(32)* key2, unsigned char* password,
                                                               unsigned char password_len);
 
 // Address of the DER certificate inside the header file (the content of its

@@ -2,7 +2,7 @@
 // points, the four built-in parameter sets, keys, signatures and VKO key
 // agreement (RFC 4357, RFC 4490).
 //
-// Numbers are type_uN<32>, little-endian. Results go through the first
+// Numbers are KORVEX_UN(32), little-endian. Results go through the first
 // argument and may alias any operand. Curve selector (last argument):
 // 1 = CryptoPro-A (also XchA), 2 = CryptoPro-B, 3 = CryptoPro-C (also XchB),
 // any other value = the GOST R 34.10-2001 test curve.
@@ -14,46 +14,46 @@
 // ---- 256-bit arithmetic. Comparison codes: 2 greater, 1 equal, 0 less.
 
 // Read-only constants 0 and 1 (writing through them faults).
-KORVEX_API type_uN<32>* const zero_256_bit_ptr;
-KORVEX_API type_uN<32>* const one_256_bit_ptr;
+KORVEX_API KORVEX_UN(32)* const zero_256_bit_ptr;
+KORVEX_API KORVEX_UN(32)* const one_256_bit_ptr;
 
 // r = a + b mod 2^256; returns the carry (0 or 1).
-KORVEX_API unsigned char GOST_34_10_2001_add_256_bit(type_uN<32>* r, type_uN<32>* a, type_uN<32>* b);
+KORVEX_API unsigned char GOST_34_10_2001_add_256_bit(KORVEX_UN(32)* r, KORVEX_UN(32)* a, KORVEX_UN(32)* b);
 // r = a - b mod 2^256; returns the borrow (1 if a < b).
-KORVEX_API unsigned char GOST_34_10_2001_sub_256_bit(type_uN<32>* r, type_uN<32>* a, type_uN<32>* b);
+KORVEX_API unsigned char GOST_34_10_2001_sub_256_bit(KORVEX_UN(32)* r, KORVEX_UN(32)* a, KORVEX_UN(32)* b);
 // a >>= 1; returns the old bit 0.
-KORVEX_API unsigned char GOST_34_10_2001_shr_256_bit(type_uN<32>* a);
+KORVEX_API unsigned char GOST_34_10_2001_shr_256_bit(KORVEX_UN(32)* a);
 // a <<= 1; returns the old bit 255.
-KORVEX_API unsigned char GOST_34_10_2001_shl_256_bit(type_uN<32>* a);
+KORVEX_API unsigned char GOST_34_10_2001_shl_256_bit(KORVEX_UN(32)* a);
 // r = a.
-KORVEX_API void GOST_34_10_2001_set_256_bit(type_uN<32>* r, type_uN<32>* a);
+KORVEX_API void GOST_34_10_2001_set_256_bit(KORVEX_UN(32)* r, KORVEX_UN(32)* a);
 // 2 if a > b, 1 if a = b, 0 if a < b.
-KORVEX_API unsigned char GOST_34_10_2001_comparison_256_bit(type_uN<32>* a, type_uN<32>* b);
+KORVEX_API unsigned char GOST_34_10_2001_comparison_256_bit(KORVEX_UN(32)* a, KORVEX_UN(32)* b);
 // 1 if a = 0, else 2.
-KORVEX_API unsigned char GOST_34_10_2001_comparison_256_bit_zero(type_uN<32>* a);
+KORVEX_API unsigned char GOST_34_10_2001_comparison_256_bit_zero(KORVEX_UN(32)* a);
 // 0 if a = 0, 1 if a = 1, 2 if a > 1.
-KORVEX_API unsigned char GOST_34_10_2001_comparison_256_bit_one(type_uN<32>* a);
+KORVEX_API unsigned char GOST_34_10_2001_comparison_256_bit_one(KORVEX_UN(32)* a);
 // r = a + b mod p (a, b < p).
-KORVEX_API void GOST_34_10_2001_add_mod_p_256_bit(type_uN<32>* r, type_uN<32>* a, type_uN<32>* b, type_uN<32>* p);
+KORVEX_API void GOST_34_10_2001_add_mod_p_256_bit(KORVEX_UN(32)* r, KORVEX_UN(32)* a, KORVEX_UN(32)* b, KORVEX_UN(32)* p);
 // r = a - b mod p (a, b < p).
-KORVEX_API void GOST_34_10_2001_sub_mod_p_256_bit(type_uN<32>* r, type_uN<32>* a, type_uN<32>* b, type_uN<32>* p);
+KORVEX_API void GOST_34_10_2001_sub_mod_p_256_bit(KORVEX_UN(32)* r, KORVEX_UN(32)* a, KORVEX_UN(32)* b, KORVEX_UN(32)* p);
 // a = a - p if a >= p (a single subtraction).
-KORVEX_API void GOST_34_10_2001_mod_p_256_bit(type_uN<32>* a, type_uN<32>* p);
+KORVEX_API void GOST_34_10_2001_mod_p_256_bit(KORVEX_UN(32)* a, KORVEX_UN(32)* p);
 // r = a * b mod p (a, b < p), shift-and-add.
-KORVEX_API void GOST_34_10_2001_mul_mod_p_256_bit(type_uN<32>* r, type_uN<32>* a, type_uN<32>* b, type_uN<32>* p);
+KORVEX_API void GOST_34_10_2001_mul_mod_p_256_bit(KORVEX_UN(32)* r, KORVEX_UN(32)* a, KORVEX_UN(32)* b, KORVEX_UN(32)* p);
 // x = n / x mod p (p odd, x < p); a null n means 1; x = 0 gives 0.
-KORVEX_API void GOST_34_10_2001_div_mod_p_256_bit(type_uN<32>* x, type_uN<32>* n, type_uN<32>* p);
+KORVEX_API void GOST_34_10_2001_div_mod_p_256_bit(KORVEX_UN(32)* x, KORVEX_UN(32)* n, KORVEX_UN(32)* p);
 
 // ---- Affine points on y^2 = x^3 + a*x + b over GF(p); infinity is (0, 0).
 
 // (x, y) = 2 * (x, y).
-KORVEX_API void GOST_34_10_2001_mul_2_EP(type_uN<32>* x, type_uN<32>* y, type_uN<32>* a, type_uN<32>* p);
+KORVEX_API void GOST_34_10_2001_mul_2_EP(KORVEX_UN(32)* x, KORVEX_UN(32)* y, KORVEX_UN(32)* a, KORVEX_UN(32)* p);
 // (x1, y1) = (x1, y1) + (x2, y2); mind the argument order.
-KORVEX_API void GOST_34_10_2001_add_EP(type_uN<32>* x1, type_uN<32>* x2, type_uN<32>* y1, type_uN<32>* y2,
-                                       type_uN<32>* a, type_uN<32>* p);
+KORVEX_API void GOST_34_10_2001_add_EP(KORVEX_UN(32)* x1, KORVEX_UN(32)* x2, KORVEX_UN(32)* y1, KORVEX_UN(32)* y2,
+                                       KORVEX_UN(32)* a, KORVEX_UN(32)* p);
 // Q = k * P over all 256 bits of k; a null Qx or Qy is not stored.
-KORVEX_API void GOST_34_10_2001_mul_k_EP(type_uN<32>* k, type_uN<32>* Px, type_uN<32>* Py, type_uN<32>* Qx,
-                                         type_uN<32>* Qy, type_uN<32>* a, type_uN<32>* p);
+KORVEX_API void GOST_34_10_2001_mul_k_EP(KORVEX_UN(32)* k, KORVEX_UN(32)* Px, KORVEX_UN(32)* Py, KORVEX_UN(32)* Qx,
+                                         KORVEX_UN(32)* Qy, KORVEX_UN(32)* a, KORVEX_UN(32)* p);
 
 // Table builders: 256 entries of 64 bytes (x then y), 16384 bytes in all,
 // for the base point of the selected set.
@@ -71,22 +71,22 @@ KORVEX_API const unsigned char p_table[16384];
 
 // d = random in [1, q - 1], Q = d * P (x in bytes 0..31, y in 32..63).
 // 0 ok, 1 when the generator is not seeded.
-KORVEX_API unsigned char GOST_34_10_2001_gen_key_pair(type_uN<32>* d_out, type_uN<64>* Q_out, unsigned char set);
+KORVEX_API unsigned char GOST_34_10_2001_gen_key_pair(KORVEX_UN(32)* d_out, KORVEX_UN(64)* Q_out, unsigned char set);
 // Q = d * P for the given d (used as it is).
-KORVEX_API void GOST_34_10_2001_gen_open_key(type_uN<32>* d, type_uN<64>* Q_out, unsigned char set);
+KORVEX_API void GOST_34_10_2001_gen_open_key(KORVEX_UN(32)* d, KORVEX_UN(64)* Q_out, unsigned char set);
 // Signs a hash value (little-endian number) into the RFC 4490 layout: s then
 // r, each big-endian. 0 ok, 1 when the generator is not seeded.
-KORVEX_API unsigned char GOST_34_10_2001_create_DS(type_uN<32>* hash, type_uN<32>* d, type_uN<64>* sig_out,
+KORVEX_API unsigned char GOST_34_10_2001_create_DS(KORVEX_UN(32)* hash, KORVEX_UN(32)* d, KORVEX_UN(64)* sig_out,
                                                    unsigned char set);
 // 1 valid, 0 invalid. The signature buffer is converted in place and only
 // restored by a full check: when s or r is out of [1, q - 1] it is left in the
 // internal layout.
-KORVEX_API unsigned char GOST_34_10_2001_check_DS(type_uN<32>* hash, type_uN<64>* Q, type_uN<64>* sig,
+KORVEX_API unsigned char GOST_34_10_2001_check_DS(KORVEX_UN(32)* hash, KORVEX_UN(64)* Q, KORVEX_UN(64)* sig,
                                                   unsigned char set);
 // RFC 4357 VKO: out = GOST R 34.11-94 of (ukm * d mod q) * Q; ukm not null.
-KORVEX_API void GOST_34_10_2001_VKO(type_uN<32>* out, unsigned long long* ukm, type_uN<32>* d, type_uN<64>* Q,
+KORVEX_API void GOST_34_10_2001_VKO(KORVEX_UN(32)* out, unsigned long long* ukm, KORVEX_UN(32)* d, KORVEX_UN(64)* Q,
                                     unsigned char set);
 // Reverses bytes 0..31 and bytes 32..63 separately (its own inverse).
-KORVEX_API void GOST_34_10_2001_rotate_DS_RFC4490(type_uN<64>* sig);
+KORVEX_API void GOST_34_10_2001_rotate_DS_RFC4490(KORVEX_UN(64)* sig);
 
 #endif

@@ -12,35 +12,35 @@
 
 // --- whole message and streaming ----------------------------------------
 
-KORVEX_API void GOST_34_11_94_hash(unsigned char* data, unsigned int len, type_uN<32>* start, type_uN<32>* out);
+KORVEX_API void GOST_34_11_94_hash(unsigned char* data, unsigned int len, KORVEX_UN(32)* start, KORVEX_UN(32)* out);
 // H := start (or zero), everything else zero.
-KORVEX_API void GOST_34_11_94_hash_init(type_uN<32>* start, stream_hash_t* state);
+KORVEX_API void GOST_34_11_94_hash_init(KORVEX_UN(32)* start, stream_hash_t* state);
 KORVEX_API void GOST_34_11_94_hash_write(unsigned char* data, unsigned int len, stream_hash_t* state);
 // Hash of everything written so far; the state is left unchanged, so writing
 // may go on afterwards.
-KORVEX_API void GOST_34_11_94_hash_end(type_uN<32>* out, stream_hash_t* state);
+KORVEX_API void GOST_34_11_94_hash_end(KORVEX_UN(32)* out, stream_hash_t* state);
 
 // --- step function pieces -----------------------------------------------
 
 // H := f(H, M).
-KORVEX_API void GOST_34_11_94_base_step(type_uN<32>* M, type_uN<32>* H);
+KORVEX_API void GOST_34_11_94_base_step(KORVEX_UN(32)* M, KORVEX_UN(32)* H);
 // Key generation and encryption transform: S := E(H) under keys from H, M.
-KORVEX_API void GOST_34_11_94_gen_key_and_encrypt(type_uN<32>* S, type_uN<32>* M, type_uN<32>* H);
+KORVEX_API void GOST_34_11_94_gen_key_and_encrypt(KORVEX_UN(32)* S, KORVEX_UN(32)* M, KORVEX_UN(32)* H);
 // Shuffle: S := psi^61(H ^ psi(M ^ psi^12(S))); a null M skips its XOR.
-KORVEX_API void GOST_34_11_94_mixing(type_uN<32>* S, type_uN<32>* M, type_uN<32>* H);
+KORVEX_API void GOST_34_11_94_mixing(KORVEX_UN(32)* S, KORVEX_UN(32)* M, KORVEX_UN(32)* H);
 // psi applied n times in place.
-KORVEX_API void GOST_34_11_94_mix(type_uN<32>* Y, unsigned char n);
+KORVEX_API void GOST_34_11_94_mix(KORVEX_UN(32)* Y, unsigned char n);
 // Byte permutation P: out[4k + i] := in[8i + k].
-KORVEX_API void GOST_34_11_94_P(type_uN<32>* out, type_uN<32>* in);
+KORVEX_API void GOST_34_11_94_P(KORVEX_UN(32)* out, KORVEX_UN(32)* in);
 // Transform A in place: (y3, y2, y1, y0) -> (y0 ^ y1, y3, y2, y1).
-KORVEX_API void GOST_34_11_94_A(type_uN<32>* Y);
+KORVEX_API void GOST_34_11_94_A(KORVEX_UN(32)* Y);
 // a := a + b mod 2^256.
-KORVEX_API void GOST_34_11_94_sum_mod_2_256(type_uN<32>* a, type_uN<32>* b);
+KORVEX_API void GOST_34_11_94_sum_mod_2_256(KORVEX_UN(32)* a, KORVEX_UN(32)* b);
 // out := a ^ b.
-KORVEX_API void GOST_34_11_94_xor_u256(type_uN<32>* out, type_uN<32>* a, type_uN<32>* b);
+KORVEX_API void GOST_34_11_94_xor_u256(KORVEX_UN(32)* out, KORVEX_UN(32)* a, KORVEX_UN(32)* b);
 
 // --- HMAC (RFC 4357 HMAC_GOSTR3411, 32-byte block) ----------------------
 
-KORVEX_API void GOST_34_11_94_HMAC(unsigned char* data, unsigned int len, unsigned char* key, unsigned char key_len, type_uN<32>* out);
+KORVEX_API void GOST_34_11_94_HMAC(unsigned char* data, unsigned int len, unsigned char* key, unsigned char key_len, KORVEX_UN(32)* out);
 
 #endif

@@ -18,7 +18,7 @@ KORVEX_API int PRNG_init(unsigned char* seed);
 
 // Writes 32 random bytes. 0: written; 1: never seeded (state all zero);
 // 2: out is null. On 1 and 2 nothing is written and the state is unchanged.
-KORVEX_API int PRNG_get(type_uN<32>* out);
+KORVEX_API int PRNG_get(KORVEX_UN(32)* out);
 
 // The 40-byte state itself (key, then synchro), for reading or setting it
 // directly. Access through this pointer bypasses the lock.

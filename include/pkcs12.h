@@ -21,13 +21,13 @@
 
 // Writes the 372-byte container into out (size is ignored). Always 0.
 KORVEX_API unsigned char pkcs12_create_conteiner(unsigned char* out, unsigned short size,
-                                                 type_uN<32>* private_key, unsigned char* aux40,
+                                                 KORVEX_UN(32)* private_key, unsigned char* aux40,
                                                  unsigned char* password, unsigned char password_len,
                                                  unsigned char* salt4, unsigned char* iv8);
 
 // Checks the MAC and copies out the key and the auxiliary block; either output
 // may be null. Writes nothing on any failure; the container is not changed.
-KORVEX_API unsigned char pkcs12_open_conteiner(type_uN<32>* private_key, unsigned char* aux40,
+KORVEX_API unsigned char pkcs12_open_conteiner(KORVEX_UN(32)* private_key, unsigned char* aux40,
                                                unsigned char* password, unsigned char password_len,
                                                unsigned char* container);
 
@@ -77,7 +77,7 @@ KORVEX_API void pkcs12_copy_data(unsigned char* dst, unsigned char* src, unsigne
 // (offsets 23-152) and the 152-byte SafeContents; both advance *p.
 KORVEX_API unsigned char pkcs12_create_auth_safe_hdr(unsigned char** p, unsigned char* iv8,
                                                      unsigned char* salt4);
-KORVEX_API void pkcs12_create_safe_contents(unsigned char** p, type_uN<32>* private_key,
+KORVEX_API void pkcs12_create_safe_contents(unsigned char** p, KORVEX_UN(32)* private_key,
                                             unsigned char* aux40);
 
 #endif

@@ -19,9 +19,9 @@
 
 // Secret key of the 2012 functions: a 256-bit key in b[0..31], a 512-bit key
 // in all 64 octets.
-struct TSecretKey {
+typedef struct TSecretKey {
     unsigned char b[64];
-};
+} TSecretKey;
 
 // Pointers into a recipient-info SET (tag 0x31), null when not found.
 enum {
@@ -30,52 +30,52 @@ enum {
     PKCS15_CEK_ENC = 2,    // encrypted CEK OCTET STRING element (04 20 ...)
     PKCS15_CEK_MAC = 3     // CEK MAC OCTET STRING element (04 04 ...)
 };
-struct pkcs15_CEK_t {
+typedef struct pkcs15_CEK_t {
     unsigned char* ptr[4];
-};
+} pkcs15_CEK_t;
 
 // Pointers into an encrypted content info SEQUENCE, null when not found.
-struct pkcs15_data_t {
+typedef struct pkcs15_data_t {
     unsigned char* iv;       // IV OCTET STRING element (04 08 ...)
     unsigned char* content;  // encrypted content element, tag 0x80
-};
+} pkcs15_data_t;
 
 // PBKDF2 parameters of the password header's [0] element.
-struct pkcs15_KEK_t {
+typedef struct pkcs15_KEK_t {
     unsigned char* salt;      // salt OCTET STRING element, null when not found
     unsigned int iterations;  // iteration count, 0 when not found
-};
+} pkcs15_KEK_t;
 
 // ---- Enveloped content (CMS EnvelopedData body, one KEK recipient) -------
 
 // Envelopes len octets of data under a fresh random CEK wrapped with kek.
-// Returns the octets written (also with null out); 0 on generator failure.
-// reserved is not used.
-KORVEX_API unsigned int pkcs15_content_create(unsigned char* data, unsigned int len, type_uN<32>* kek,
+// Returns the octets written (also with null out); 0 on generator failure,
+// and 0 when the size would not fit in 32 bits. reserved is not used.
+KORVEX_API unsigned int pkcs15_content_create(unsigned char* data, unsigned int len, KORVEX_UN(32)* kek,
                                               unsigned int reserved, unsigned char* out);
-KORVEX_API unsigned int pkcs15_content_create_2012(unsigned char* data, unsigned int len, type_uN<32>* kek,
+KORVEX_API unsigned int pkcs15_content_create_2012(unsigned char* data, unsigned int len, KORVEX_UN(32)* kek,
                                                    unsigned int reserved, unsigned char* out);
 
 // ---- 2001 container -------------------------------------------------------
 
 // Builds the 786-octet container of a 32-octet key and a 40-octet random
 // value. Returns the size (also with null out), 0 on failure.
-KORVEX_API unsigned int pkcs15_create_conteiner(unsigned char* out, type_uN<32>* key, unsigned char* rnd,
+KORVEX_API unsigned int pkcs15_create_conteiner(unsigned char* out, KORVEX_UN(32)* key, unsigned char* rnd,
                                                 unsigned char* password, unsigned char passwordLen);
 
 // As pkcs15_create_conteiner with X.509 KeyUsage bits (0 means 255) turned
 // into the key's PKCS#15 usage flags; 787 octets when the flags need two
 // octets (nonRepudiation or keyAgreement).
-KORVEX_API unsigned int pkcs15_create_conteiner_new(unsigned char* out, type_uN<32>* key, unsigned char* rnd,
+KORVEX_API unsigned int pkcs15_create_conteiner_new(unsigned char* out, KORVEX_UN(32)* key, unsigned char* rnd,
                                                     unsigned char* password, unsigned char passwordLen,
                                                     unsigned short usage);
 
 // Key and random value readers: 0 ok, 30 not a container, 32 wrong password.
 // A null output only checks the password. The _no_pass_chek variants skip
 // the check and never return 32.
-KORVEX_API unsigned int pkcs15_get_key(unsigned char* container, type_uN<32>* keyOut, unsigned char* password,
+KORVEX_API unsigned int pkcs15_get_key(unsigned char* container, KORVEX_UN(32)* keyOut, unsigned char* password,
                                        unsigned char passwordLen);
-KORVEX_API unsigned int pkcs15_get_key_no_pass_chek(unsigned char* container, type_uN<32>* keyOut,
+KORVEX_API unsigned int pkcs15_get_key_no_pass_chek(unsigned char* container, KORVEX_UN(32)* keyOut,
                                                     unsigned char* password, unsigned char passwordLen);
 KORVEX_API unsigned int pkcs15_get_rnd(unsigned char* container, unsigned char* rndOut, unsigned char* password,
                                        unsigned char passwordLen);

@@ -7,8 +7,8 @@
 #include "korvex_types.h"
 
 // PRF: HMAC over GOST R 34.11-94 (GOST_34_11_94_HMAC).
-KORVEX_API void pkcs5_PBKDF2(unsigned char* password, unsigned char password_len, unsigned char* salt, unsigned short iterations, type_uN<32>* out);
+KORVEX_API void pkcs5_PBKDF2(unsigned char* password, unsigned char password_len, unsigned char* salt, unsigned short iterations, KORVEX_UN(32)* out);
 // PRF: HMAC over GOST R 34.11-2012 512-bit; the block is cut to 32 bytes.
-KORVEX_API void pkcs5_PBKDF2_2012(unsigned char* password, unsigned char password_len, unsigned char* salt, unsigned short iterations, type_uN<32>* out);
+KORVEX_API void pkcs5_PBKDF2_2012(unsigned char* password, unsigned char password_len, unsigned char* salt, unsigned short iterations, KORVEX_UN(32)* out);
 
 #endif

@@ -16,21 +16,21 @@
 #include "korvex_types.h"
 
 // A field of the certificate: pointer and length.
-struct x509_field_ref {
+typedef struct x509_field_ref {
     unsigned char* ptr;
     uint16_t len;
-};
+} x509_field_ref;
 
 // One attribute of a Name. tag 0 means not present.
-struct x509_name_entry {
+typedef struct x509_name_entry {
     uint8_t tag;            // ASN.1 string type of the value (0x13, 0x0C, 0x16, ...)
     uint8_t length;         // content length of the value, low 8 bits
     unsigned char* value;   // content octets of the value
-};
+} x509_name_entry;
 
 // The attributes picked out of a Name. The seven short attributes keep their
 // first occurrence; emailAddress keeps its last.
-struct x509_name {
+typedef struct x509_name {
     x509_name_entry country;              // 2.5.4.6
     x509_name_entry organization;         // 2.5.4.10
     x509_name_entry organizational_unit;  // 2.5.4.11
@@ -39,22 +39,22 @@ struct x509_name {
     x509_name_entry common_name;          // 2.5.4.3
     x509_name_entry serial_number;        // 2.5.4.5
     x509_name_entry email;                // 1.2.840.113549.1.9.1
-};
+} x509_name;
 
 // Whole elements (tag byte, header plus content length, low 16 bits).
-struct x509_field_pointers {
+typedef struct x509_field_pointers {
     x509_field_ref subject;
     x509_field_ref serial_number;
     x509_field_ref validity;
     x509_field_ref issuer;
-};
+} x509_field_pointers;
 
 // Content octets: the serial number INTEGER and the two UTCTime texts.
-struct x509_textbox {
+typedef struct x509_textbox {
     x509_field_ref serial_number;
     x509_field_ref not_before;
     x509_field_ref not_after;
-};
+} x509_textbox;
 
 // The subjectPublicKeyInfo element: the first tbsCertificate child that is a
 // SEQUENCE starting with a SEQUENCE. Null when there is none.

@@ -94,16 +94,74 @@ unsigned int attr_list_size(unsigned char* text, unsigned int len) {
     return total;
 }
 
-// Rotates the element [c, c + size) down to i, shifting the octets between
-// up: one octet at a time, the gap moved up by one and the octet put in
-// front.
-void bring_forward(unsigned char* i, unsigned char* c, uint32_t size) {
-    unsigned int gap = static_cast<unsigned int>(c - i);
-    for (uint32_t k = 0; k < size; ++k) {
-        unsigned char b = c[k];
-        ASN1_mem_move(i + k, i + k + 1, gap);
-        i[k] = b;
+// The SET OF sort: a stable sort of a run of DER elements on their whole
+// encoded size. It merges in place without a buffer (split the longer run in
+// half, find where its middle element goes in the other by size, swap the
+// two middle pieces by rotation, merge both sides again), so the run is
+// sorted in O(n log^2 n) element steps and octet moves, with O(log n) stack.
+struct Run {
+    unsigned char* end;  // end of the whole run: every element lies below it
+    uint32_t size(unsigned char* e) const {
+        Der d;
+        der_at(e, end, d);
+        return d.size();
     }
+    unsigned char* next(unsigned char* e) const { return e + size(e); }
+    unsigned char* advance(unsigned char* e, unsigned int k) const {
+        while (k--) e = next(e);
+        return e;
+    }
+};
+
+void reverse(unsigned char* a, unsigned char* b) {
+    while (a < b) {
+        unsigned char t = *a;
+        *a++ = *--b;
+        *b = t;
+    }
+}
+
+// Swaps [a, m) and [m, b); returns where the first part now starts.
+unsigned char* rotate(unsigned char* a, unsigned char* m, unsigned char* b) {
+    reverse(a, m);
+    reverse(m, b);
+    reverse(a, b);
+    return a + (b - m);
+}
+
+void merge(const Run& r, unsigned char* first, unsigned char* middle, unsigned char* last, unsigned int n1,
+           unsigned int n2) {
+    while (n1 && n2) {
+        if (n1 + n2 == 2) {
+            if (r.size(middle) < r.size(first)) rotate(first, middle, last);
+            return;
+        }
+        unsigned char *cut1, *cut2;
+        unsigned int k1 = 0, k2 = 0;
+        if (n1 > n2) {
+            k1 = n1 / 2;
+            cut1 = r.advance(first, k1);
+            uint32_t key = r.size(cut1);
+            for (cut2 = middle; cut2 < last && r.size(cut2) < key; cut2 = r.next(cut2)) ++k2;
+        } else {
+            k2 = n2 / 2;
+            cut2 = r.advance(middle, k2);
+            uint32_t key = r.size(cut2);
+            for (cut1 = first; cut1 < middle && r.size(cut1) <= key; cut1 = r.next(cut1)) ++k1;
+        }
+        unsigned char* mid = rotate(cut1, middle, cut2);
+        merge(r, first, cut1, mid, k1, k2);
+        first = mid, middle = cut2, n1 -= k1, n2 -= k2;  // the right side, without recursion
+    }
+}
+
+// Sorts the n elements from first; returns the end of the range.
+unsigned char* sort_run(const Run& r, unsigned char* first, unsigned int n) {
+    if (n < 2) return n ? r.next(first) : first;
+    unsigned char* middle = sort_run(r, first, n / 2);  // the half keeps its octet range
+    unsigned char* last = sort_run(r, middle, n - n / 2);
+    merge(r, first, middle, last, n / 2, n - n / 2);
+    return last;
 }
 
 // Puts the n octets at p behind a header of tag, in place; returns the
@@ -153,19 +211,14 @@ KORVEX_API unsigned int CMS_create_Attr(unsigned char* text, unsigned int len, u
 
 KORVEX_API void CMS_DER_SetOf_sort(unsigned char* p, unsigned int len) {
     if (!p) return;
-    unsigned char* end = p + len;
-    // Selection sort on the encoded size; only a strictly smaller size
-    // displaces the current choice, so equal sizes keep their order.
-    for (unsigned char* i = p; i < end;) {
-        Der best, e;
-        if (!der_at(i, end, best)) return;
-        for (unsigned char* j = best.end; j < end; j = e.end) {
-            if (!der_at(j, end, e)) return;
-            if (e.size() < best.size()) best = e;
-        }
-        if (best.tag != i) bring_forward(i, best.tag, best.size());
-        i += best.size();
-    }
+    // Smallest size first, equal sizes in their order. A run that does not
+    // parse as elements up to its end is left as it is.
+    Run r{p + len};
+    unsigned int n = 0;
+    Der e;
+    for (unsigned char* i = p; i < r.end; i = e.end, ++n)
+        if (!der_at(i, r.end, e)) return;
+    sort_run(r, p, n);
 }
 
 KORVEX_API unsigned int CMS_check_SignedAttr(unsigned char* text, unsigned int len) {

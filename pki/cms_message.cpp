@@ -14,15 +14,17 @@ namespace {
 constexpr unsigned char kVersion1[3] = {0x02, 0x01, 0x01};
 
 // Header size of an element with n content octets, empty ones included.
-unsigned int hdr(unsigned int n) { return n ? ASN1_calculate_len_of_hdr(n) : 2; }
+// Sizes are added up in 64 bits, so that a message too large for the 32-bit
+// result is seen and refused rather than given a wrapped size.
+uint64_t hdr(uint64_t n) { return n == 0 ? 2 : n > 0xFFFFFFFFu ? 7 : ASN1_calculate_len_of_hdr(static_cast<unsigned>(n)); }
 
 // Whole size of an element with n content octets.
-unsigned int wrapped(unsigned int n) { return hdr(n) + n; }
+uint64_t wrapped(uint64_t n) { return hdr(n) + n; }
 
 // Sequential writer over the output buffer.
 struct Writer {
     unsigned char* p;
-    void header(unsigned char tag, unsigned int n) { p += ASN1_set_header(p, tag, n); }
+    void header(unsigned char tag, uint64_t n) { p += ASN1_set_header(p, tag, static_cast<unsigned int>(n)); }
     void bytes(const unsigned char* src, unsigned int n) {
         ASN1_mem_copy(const_cast<unsigned char*>(src), p, n);
         p += n;
@@ -68,16 +70,17 @@ KORVEX_API unsigned int CMS_SignedData_create(unsigned char* content, unsigned i
         attrs = a.size();
     }
 
-    unsigned int sid = issuer.size() + serial.size();
-    unsigned int signerInfo = wrapped(sid) + blockLen + sizeof kVersion1 + 2 * sizeof kDigestAlgorithm;
-    unsigned int signerInfos = wrapped(signerInfo);
-    unsigned int certs = includeCert ? wrapped(c.size()) : 0;
-    unsigned int encap = sizeof kSignedDataOid + (content ? wrapped(wrapped(contentLen)) : 0);
-    unsigned int signedData = sizeof kVersion1 + wrapped(sizeof kDigestAlgorithm) + wrapped(encap) + certs +
-                              wrapped(signerInfos);
-    unsigned int contentInfo = sizeof kSignedDataOid + wrapped(wrapped(signedData));
-    unsigned int total = wrapped(contentInfo);
-    if (!out) return total;
+    uint64_t sid = uint64_t{issuer.size()} + serial.size();
+    uint64_t signerInfo = wrapped(sid) + blockLen + sizeof kVersion1 + 2 * sizeof kDigestAlgorithm;
+    uint64_t signerInfos = wrapped(signerInfo);
+    uint64_t certs = includeCert ? wrapped(c.size()) : 0;
+    uint64_t encap = sizeof kSignedDataOid + (content ? wrapped(wrapped(contentLen)) : 0);
+    uint64_t signedData = sizeof kVersion1 + wrapped(sizeof kDigestAlgorithm) + wrapped(encap) + certs +
+                          wrapped(signerInfos);
+    uint64_t contentInfo = sizeof kSignedDataOid + wrapped(wrapped(signedData));
+    uint64_t total = wrapped(contentInfo);
+    if (total > 0xFFFFFFFFu) return 0;
+    if (!out) return static_cast<unsigned int>(total);
 
     Writer w{out};
     w.header(kTagSeq, contentInfo);
@@ -108,7 +111,7 @@ KORVEX_API unsigned int CMS_SignedData_create(unsigned char* content, unsigned i
     w.bytes(block, attrs);
     w.bytes(kSignatureAlgorithm, sizeof kSignatureAlgorithm);
     w.bytes(block + attrs, blockLen - attrs);
-    return total;
+    return static_cast<unsigned int>(total);
 }
 
 KORVEX_API cms_signed_data_t CMS_SignedData_parse(unsigned char* msg) {

@@ -41,9 +41,12 @@ unsigned int sign_block(unsigned char* block, const unsigned char* contentDigest
         signed_attrs_digest(a, &digest);
         sig = a.end;
     }
+    // The element must be an OCTET STRING or hold 64 octets; as the signature
+    // goes two octets behind the element's tag, it must in any case hold 64
+    // octets behind a two-octet header (04 00 or 04 81 40 would have the
+    // signature written past the element or over its header).
     Der s;
-    if (!der_top(sig, s) || (s.t() != kTagOctets && s.len() != 64)) return kFormatError;
-    // The signature goes two octets behind the element's tag.
+    if (!der_top(sig, s) || s.len() != 64 || s.val != sig + 2) return kFormatError;
     return GOST_34_10_2001_create_DS(&digest, key, reinterpret_cast<type_uN<64>*>(sig + 2), kSigningCurve);
 }
 

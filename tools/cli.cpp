@@ -130,8 +130,10 @@ static bool same_file(const std::string& a, const std::string& b) {
     return sa.st_dev == sb.st_dev && sa.st_ino == sb.st_ino;
 }
 
+bool g_force = false;
+
 void write_file(const std::string& path, const Bytes& data, const std::vector<std::string>& inputs,
-                unsigned mode) {
+                unsigned mode, Overwrite ow) {
     if (path == "-") {
         size_t off = 0;
         while (off < data.size()) {
@@ -146,7 +148,20 @@ void write_file(const std::string& path, const Bytes& data, const std::vector<st
     }
     for (auto& in_path : inputs)
         if (in_path == path || same_file(in_path, path))
-            throw Error(path + ": refusing to overwrite an input file");
+            throw Error(path + ": refusing to overwrite an input file", kExitRefused);
+    // Only regular files are ever replaced, never what a link points at, and
+    // an existing file only when the command updates it or --force is given.
+    struct stat st;
+    if (::lstat(path.c_str(), &st) == 0) {
+        if (S_ISLNK(st.st_mode)) throw Error(path + ": is a symbolic link; refusing to replace it", kExitRefused);
+        if (!S_ISREG(st.st_mode))
+            throw Error(path + ": not a regular file; refusing to replace it (-o - writes to standard output)",
+                        kExitRefused);
+        if (ow == Overwrite::in_place) mode = st.st_mode & 07777;
+        else if (!g_force) throw Error(path + ": exists; --force replaces it", kExitRefused);
+    } else if (ow == Overwrite::in_place) {
+        throw Error(path + ": " + std::strerror(errno), 4);
+    }
     std::string tmpl = path + ".XXXXXX";
     std::vector<char> name(tmpl.begin(), tmpl.end());
     name.push_back('\0');
@@ -182,8 +197,8 @@ void write_file(const std::string& path, const Bytes& data, const std::vector<st
 }
 
 void write_file(const std::string& path, const std::string& text, const std::vector<std::string>& inputs,
-                unsigned mode) {
-    write_file(path, Bytes(text.begin(), text.end()), inputs, mode);
+                unsigned mode, Overwrite ow) {
+    write_file(path, Bytes(text.begin(), text.end()), inputs, mode, ow);
 }
 
 std::string to_hex(const unsigned char* p, size_t n) {

@@ -51,12 +51,18 @@ void read_chunks(const std::string& path,
                  const std::function<void(unsigned char* p, size_t n, unsigned long long total)>& chunk);
 std::string read_text(const std::string& path);
 // Writes through a temporary file in the same folder, then renames it over
-// the target, so that a failure never leaves a half-written file. Refuses to
-// write over any path listed in `inputs`.
+// the target, so that a failure never leaves a half-written file; "-" is
+// standard output. Refuses (exit 5) to write over any path listed in
+// `inputs`, over anything but a regular file (devices, FIFOs, folders,
+// symbolic links), and over an existing file unless the command updates it
+// in place (its mode is kept) or --force was given (g_force).
+enum class Overwrite { no, in_place };
+extern bool g_force;
+constexpr int kExitRefused = 5;
 void write_file(const std::string& path, const Bytes& data, const std::vector<std::string>& inputs = {},
-                unsigned mode = 0644);
+                unsigned mode = 0644, Overwrite ow = Overwrite::no);
 void write_file(const std::string& path, const std::string& text, const std::vector<std::string>& inputs = {},
-                unsigned mode = 0644);
+                unsigned mode = 0644, Overwrite ow = Overwrite::no);
 bool file_exists(const std::string& path);
 
 std::string to_hex(const unsigned char* p, size_t n);

@@ -19,8 +19,8 @@ const char* kHelp =
     "or hash. ECB and CBC pad the last block as PKCS#7 does (1 to 8 bytes of\n"
     "the pad length) unless --no-pad is given, which needs a multiple of 8\n"
     "bytes. --mesh applies the CryptoPro key meshing of RFC 4357 after every\n"
-    "1024 bytes in CFB, as OpenSSL's gost89 cipher does. Reads stdin when no\n"
-    "file is named, writes stdout unless -o is given.\n";
+    "1024 bytes in CFB and CTR, as OpenSSL's gost89 and gost89-cnt ciphers do.\n"
+    "Reads stdin when no file is named, writes stdout unless -o is given.\n";
 
 type_uN<32>* as_key(Bytes& b) { return reinterpret_cast<type_uN<32>*>(b.data()); }
 type_u64* as_block(Bytes& b) { return b.empty() ? nullptr : reinterpret_cast<type_u64*>(b.data()); }
@@ -43,6 +43,20 @@ void cfb_meshed(Bytes& data, Bytes key, Bytes iv, unsigned char sbox, bool encry
     cli::wipe(key);
 }
 
+// Counter mode through the streaming record, meshing its key and running
+// counter after every 1024 bytes, as OpenSSL's gost89-cnt does.
+void ctr_meshed(Bytes& data, Bytes key, Bytes iv, unsigned char sbox) {
+    stream_GOST_CTR_t st;
+    GOST_28147_89_ZR_CTR_init(as_key(key), as_block(iv), sbox, &st);
+    for (size_t off = 0; off < data.size(); off += 1024) {
+        if (off) GOST_28147_89_key_mesh(&st.key, &st.counter, sbox);
+        GOST_28147_89_ZR_CTR_step(data.data() + off, static_cast<unsigned>(std::min<size_t>(1024, data.size() - off)),
+                                  &st);
+    }
+    cli::wipe(&st, sizeof st);
+    cli::wipe(key);
+}
+
 int run(int argc, char** argv, int first, bool encrypt) {
     const char* name = encrypt ? "enc" : "dec";
     if (cli::wants_help(argc, argv, first)) {
@@ -59,7 +73,7 @@ int run(int argc, char** argv, int first, bool encrypt) {
     Bytes iv = a.has("--iv") ? cli::hex_or_file(a.get("--iv"), 8) : Bytes();
     unsigned char sbox = cli::sbox_by_name(a.get("-s", "A"));
     bool pad = (mode == "ecb" || mode == "cbc") && !a.has("--no-pad");
-    if (a.has("--mesh") && mode != "cfb") throw Error("--mesh applies to cfb only");
+    if (a.has("--mesh") && mode != "cfb" && mode != "ctr") throw Error("--mesh applies to cfb and ctr only", 2);
     if (mode == "ecb" && a.has("--iv")) throw Error("ECB takes no IV");
 
     Bytes data = cli::read_file(in);
@@ -75,7 +89,8 @@ int run(int argc, char** argv, int first, bool encrypt) {
         if (encrypt) GOST_28147_89_Z_ECB(p, len, as_key(key), sbox);
         else GOST_28147_89_R_ECB(p, len, as_key(key), sbox);
     } else if (mode == "ctr") {
-        GOST_28147_89_ZR_CTR(p, len, as_key(key), as_block(iv), sbox);
+        if (a.has("--mesh")) ctr_meshed(data, key, iv, sbox);
+        else GOST_28147_89_ZR_CTR(p, len, as_key(key), as_block(iv), sbox);
     } else if (mode == "cfb") {
         if (a.has("--mesh")) cfb_meshed(data, key, iv, sbox, encrypt);
         else if (encrypt) GOST_28147_89_Z_CFB(p, len, as_key(key), as_block(iv), sbox);

@@ -45,8 +45,9 @@ int pkcs15(const std::string& sub, int argc, char** argv, int first) {
     cli::Args a = cli::parse(argc, argv, first, with(kPassOpts, {"-o", "--curve"}), {});
     if (a.pos.size() != 1) throw Error("name one container");
     Bytes c = cli::read_file(a.pos[0]);
+    cli::require_der(c, a.pos[0], true);
     if (sub == "info") {
-        unsigned v = c.empty() || c[0] != 0x30 ? 0 : pkcs15_get_version(c.data());
+        unsigned v = c[0] != 0x30 ? 0 : pkcs15_get_version(c.data());
         if (!v) throw Error(a.pos[0] + ": not a PKCS#15 container", 4);
         std::printf("PKCS#15 container, %s generation, %zu bytes\n", v == 1 ? "2001" : "2012", c.size());
         unsigned char* content = pkcs15_get_pkcs15content(c.data());
@@ -64,7 +65,7 @@ int pkcs15(const std::string& sub, int argc, char** argv, int first) {
     if (sub == "update") {
         cli::pkcs15_renew(c, pw);
         cli::wipe(pw);
-        cli::write_file(a.pos[0], c, {}, 0600);
+        cli::write_file(a.pos[0], c, {}, 0600, cli::Overwrite::in_place);
         return 0;
     }
     throw Error("unknown pkcs15 command '" + sub + "' (create, read, update, info)");
@@ -100,7 +101,7 @@ int pkcs12(const std::string& sub, int argc, char** argv, int first) {
         cli::wipe(pw);
         cli::wipe(npw);
         if (r != 0) throw Error("password change failed (code " + std::to_string(r) + ")", 4);
-        cli::write_file(a.pos[0], c, {}, 0600);
+        cli::write_file(a.pos[0], c, {}, 0600, cli::Overwrite::in_place);
         return 0;
     }
     throw Error("unknown pkcs12 command '" + sub + "' (create, open, passwd)");
@@ -118,7 +119,7 @@ int cryptopro(const std::string& sub, int argc, char** argv, int first) {
         return 0;
     }
     if (sub == "update") {
-        cli::cryptopro_update(a.pos[0], pw);
+        cli::cryptopro_update(a.pos[0], a.get("--cert"), pw);
         cli::wipe(pw);
         return 0;
     }
@@ -170,12 +171,13 @@ int cryptopro(int argc, char** argv, int first) {
     if (cli::wants_sub_help(sub, argc, argv, first)) {
         std::printf(
             "usage: korvex cryptopro read DIR [--cert CERT] [-o KEY]\n"
-            "       korvex cryptopro update DIR\n\n"
+            "       korvex cryptopro update DIR [--cert CERT]\n\n"
             "A CryptoPro container folder (header.key, primary.key, masks.key, and\n"
             "primary2.key, masks2.key when it holds a second key). read unmasks the\n"
             "key that matches the certificate (from --cert or header.key) and writes\n"
-            "it as a korvex key file; update re-masks the keys under fresh masks and\n"
-            "salts with the same password. Passwords have at most 12 characters.\n"
+            "it as a korvex key file; update first opens the key against the same\n"
+            "certificate (and refuses without one), then re-masks the keys under fresh\n"
+            "masks and salts with the same password. Passwords have at most 12 characters.\n"
             "Exit codes: 3 wrong password or foreign certificate, 4 damaged container.\n");
         return sub.empty() ? 2 : 0;
     }

@@ -49,12 +49,34 @@ std::vector<KeyFiles> key_files(const std::string& dir) {
     return out;
 }
 
-Curve default_curve(const Args& a, bool is512) {
-    if (a.has("--curve")) return curve_by_name(a.get("--curve"));
-    return curve_by_name(is512 ? "512A" : "A");
+// True when b holds one DER element (exactly, or with octets behind it).
+bool der_fits(const Bytes& b, bool exact) {
+    if (b.size() < 2) return false;
+    size_t h = 2, len = b[1];
+    if (len & 0x80) {
+        size_t n = len & 0x7F;
+        if (n == 0 || n > 4 || b.size() < 2 + n) return false;
+        len = 0;
+        for (size_t i = 0; i < n; ++i) len = len << 8 | b[2 + i];
+        h += n;
+    }
+    return exact ? h + len == b.size() : h + len <= b.size();
+}
+
+// The library reads the key files at fixed offsets: one or two enciphered
+// keys (36 or 70 octets) and the 56-octet masks file.
+void check_key_files(const KeyFiles& f, const Bytes& primary, const Bytes& masks) {
+    if ((primary.size() != 36 && primary.size() != 70) || !der_fits(primary, true))
+        throw Error(f.primary + ": truncated or damaged (not 36 or 70 octets of DER)", 4);
+    if (masks.size() != 56 || !der_fits(masks, true))
+        throw Error(f.masks + ": truncated or damaged (not 56 octets of DER)", 4);
 }
 
 }  // namespace
+
+void require_der(const Bytes& b, const std::string& what, bool exact) {
+    if (!der_fits(b, exact)) throw Error(what + ": truncated or damaged (its DER length does not match the file)", 4);
+}
 
 Kind kind_of(const std::string& path) {
     if (is_dir(path)) return file_exists(path + "/primary.key") ? Kind::cryptopro : Kind::unknown;
@@ -65,7 +87,7 @@ Kind kind_of(const std::string& path) {
         unsigned char* p = b.data();
         if (pkcs12_check_header(&p) == 0) return Kind::pkcs12;
     }
-    if (b[0] == 0x30 && pkcs15_get_version(b.data()) != 0) return Kind::pkcs15;
+    if (b[0] == 0x30 && der_fits(b, true) && pkcs15_get_version(b.data()) != 0) return Kind::pkcs15;
     return Kind::unknown;
 }
 
@@ -108,6 +130,7 @@ Bytes pkcs15_make(const KeyPair& k, const std::string& pw, bool gen2012, unsigne
 }
 
 KeyPair pkcs15_read(Bytes& c, const std::string& pw, const Curve* curve) {
+    require_der(c, "PKCS#15 container", true);
     unsigned v = pkcs15_get_version(c.data());
     KeyPair k{};
     if (v == 1) {
@@ -142,6 +165,7 @@ KeyPair pkcs15_read(Bytes& c, const std::string& pw, const Curve* curve) {
 }
 
 void pkcs15_renew(Bytes& c, const std::string& pw) {
+    require_der(c, "PKCS#15 container", true);
     seed_generator();
     unsigned v = pkcs15_get_version(c.data());
     unsigned r = v == 2 ? pkcs15_update_2012(c.data(), pw_ptr(pw), pw_len(pw))
@@ -196,6 +220,7 @@ CryptoProKey cryptopro_read(const std::string& dir, const std::string& cert_path
         out.cert = load_cert(cert_path);
     } else {
         Bytes header = read_file(dir + "/header.key");
+        require_der(header, dir + "/header.key", false);
         unsigned char* c = CryptoPro_conteiner_get_certificate(header.data());
         if (!c) throw Error(dir + ": no certificate in header.key; name one with --cert");
         unsigned n = x_509_get_certificate_length(c);
@@ -207,6 +232,7 @@ CryptoProKey cryptopro_read(const std::string& dir, const std::string& cert_path
     int last = -1;
     for (const KeyFiles& f : key_files(dir)) {
         Bytes primary = read_file(f.primary), masks = read_file(f.masks), mask_block(40);
+        check_key_files(f, primary, masks);
         KeyPair k{};
         k.d.assign(32, 0);
         unsigned char r = CryptoPro_conteiner_get(primary.data(), masks.data(), out.cert.data(), mask_block.data(),
@@ -225,16 +251,25 @@ CryptoProKey cryptopro_read(const std::string& dir, const std::string& cert_path
     throw Error("damaged CryptoPro container (code " + std::to_string(last) + ")", 4);
 }
 
-void cryptopro_update(const std::string& dir, const std::string& pw) {
-    if (pw.size() > CRYPTOPRO_MAX_PASSWORD_LEN)
-        throw Error("CryptoPro passwords have at most " + std::to_string(CRYPTOPRO_MAX_PASSWORD_LEN) + " characters");
+void cryptopro_update(const std::string& dir, const std::string& cert_path, const std::string& pw) {
+    // The library's update re-masks whatever the password deciphers, so a
+    // wrong password would destroy the key: the key is first opened against
+    // the certificate (header.key's or --cert), and without one nothing is
+    // done. All files are re-masked in memory before any is written.
+    CryptoProKey check = cryptopro_read(dir, cert_path, pw);
+    wipe(check.key.d);
     seed_generator();
+    std::vector<std::pair<KeyFiles, std::pair<Bytes, Bytes>>> out;
     for (const KeyFiles& f : key_files(dir)) {
         Bytes primary = read_file(f.primary), masks = read_file(f.masks);
+        check_key_files(f, primary, masks);
         unsigned char r = CryptoPro_conteiner_update(primary.data(), masks.data(), pw_ptr(pw), pw_len(pw));
         if (r != 0) throw Error(f.which + ".key: update failed (code " + std::to_string(r) + ")", 4);
-        write_file(f.primary, primary, {}, 0600);
-        write_file(f.masks, masks, {}, 0600);
+        out.push_back({f, {primary, masks}});
+    }
+    for (const auto& [f, files] : out) {
+        write_file(f.primary, files.first, {}, 0600, Overwrite::in_place);
+        write_file(f.masks, files.second, {}, 0600, Overwrite::in_place);
     }
 }
 

@@ -12,6 +12,9 @@ namespace cli {
 
 enum class Kind { keyfile, pkcs15, pkcs12, cryptopro, unknown };
 Kind kind_of(const std::string& path);
+// Refuses (exit 4) a file whose outer DER element does not fit it (exact:
+// fills it); the library trusts that length.
+void require_der(const Bytes& b, const std::string& what, bool exact);
 const char* kind_name(Kind k);
 
 // PKCS#15: the container stores the key and a 40-byte seed, not the curve;
@@ -34,7 +37,7 @@ struct CryptoProKey {
     std::string which;  // "primary" or "primary2"
 };
 CryptoProKey cryptopro_read(const std::string& dir, const std::string& cert_path, const std::string& pw);
-void cryptopro_update(const std::string& dir, const std::string& pw);
+void cryptopro_update(const std::string& dir, const std::string& cert_path, const std::string& pw);
 
 // Any private-key source: a korvex key file or one of the containers (asking
 // for the password when it needs one). `a` gives --pass/--pass-file, --curve

@@ -34,12 +34,23 @@ const Entry kCommands[] = {
 void usage(FILE* out) {
     std::fprintf(out, "usage: korvex COMMAND [OPTIONS] [ARGS]\n\ncommands:\n");
     for (const Entry& e : kCommands) std::fprintf(out, "  %-10s %s\n", e.name, e.what);
-    std::fprintf(out, "\n'korvex COMMAND --help' describes a command.\n");
+    std::fprintf(out,
+                 "\n'korvex COMMAND --help' describes a command. Output files (-o) are never\n"
+                 "written over an existing file unless --force is given, and never over a\n"
+                 "device, folder or symbolic link; -o - writes to standard output.\n");
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    // --force (replace existing output files) is taken by every command.
+    int kept = 1;
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--force") == 0) cli::g_force = true;
+        else argv[kept++] = argv[i];
+    }
+    argc = kept;
+    argv[argc] = nullptr;
     if (argc < 2) {
         usage(stderr);
         return 2;

@@ -46,7 +46,7 @@ TEST(Gost89Bounds, EveryModeAtEveryLength) {
             GOST_28147_89_R_CBC(d, n, k, nullptr, sel);
             GOST_28147_89_Z_CBC(d, n, k, nullptr, sel);
             GOST_28147_89_R_CBC(d, n, k, s, sel);
-            if (n) EXPECT_EQ(Bytes(d, d + n), plain) << n;
+            if (n) { EXPECT_EQ(Bytes(d, d + n), plain) << n; }
             GOST_28147_89_MAC(d, n, k, s, sel);
             GOST_28147_89_MAC(d, n, k, nullptr, sel);
         }

@@ -36,7 +36,7 @@ TEST(Gost89KeyWrap, RoundTripTamperingAndRestoredBuffer) {
             std::memset(out.b, 0, 32);
             EXPECT_TRUE(GOST_28147_89_Key_Unwrap(w.data(), 0, &kek, &out, sel)) << bit;
             EXPECT_EQ(w, bad);
-            if (bit >= 40 * 8) EXPECT_TRUE(same_key(out, cek)) << bit;
+            if (bit >= 40 * 8) { EXPECT_TRUE(same_key(out, cek)) << bit; }
             w[bit / 8] ^= 1 << (bit % 8);
         }
         // A wrong KEK or selector fails too.

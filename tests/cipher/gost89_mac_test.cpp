@@ -36,7 +36,7 @@ TEST(Gost89Mac, OpenSslKnownAnswers) {
             m = GOST_28147_89_MAC_step(p.data() + off, std::min<size_t>(1024, p.size() - off), &st);
         }
         EXPECT_EQ(to_hex(bytes_of(m)), r.at("mac")) << p.size();
-        if (!flag(r, "mesh")) EXPECT_EQ(to_hex(bytes_of(mac(p, key, nullptr, sel))), r.at("mac")) << p.size();
+        if (!flag(r, "mesh")) { EXPECT_EQ(to_hex(bytes_of(mac(p, key, nullptr, sel))), r.at("mac")) << p.size(); }
     }
 }
 
@@ -84,7 +84,7 @@ TEST(Gost89Mac, StreamingEqualsOneShotOfThePrefixHoweverCut) {
             off += n;
             ASSERT_EQ(m, GOST_28147_89_MAC(p.data(), off, &key, nullptr, sel)) << trial << " " << off;
             ASSERT_EQ(st.pending_len, off % 8);
-            if (!n) ASSERT_EQ(0, std::memcmp(&before, &st, sizeof st));
+            if (!n) { ASSERT_EQ(0, std::memcmp(&before, &st, sizeof st)); }
         }
     }
 }

@@ -65,7 +65,7 @@ TEST(Gost89Modes, PeerRecords) {
             } else if (mode == "ctr") {
                 EXPECT_EQ(ctr_with_mesh(p, key, iv, sel), c);
                 GOST_28147_89_ZR_CTR(d.data(), d.size(), &key, &iv, sel);  // one-shot, where there is no meshing
-                if (!flag(r, "mesh")) EXPECT_EQ(d, c);
+                if (!flag(r, "mesh")) { EXPECT_EQ(d, c); }
             } else {
                 const type_u64 last = GOST_28147_89_Z_CBC(d.data(), d.size(), &key, &iv, sel);
                 EXPECT_EQ(d, c);
@@ -155,8 +155,8 @@ TEST(Gost89Modes, CounterStreamingEqualsOneShotHoweverCut) {
             n = trial ? std::min<size_t>(rng.below(20), d.size() - off) : cuts[i];
             const stream_GOST_CTR_t before = st;
             GOST_28147_89_ZR_CTR_step(n ? d.data() + off : nullptr, n, &st);
-            if (!trial) EXPECT_EQ(st.used, used_after[i]) << i;
-            if (!n) EXPECT_EQ(0, std::memcmp(&before, &st, sizeof st));
+            if (!trial) { EXPECT_EQ(st.used, used_after[i]) << i; }
+            if (!n) { EXPECT_EQ(0, std::memcmp(&before, &st, sizeof st)); }
         }
         ASSERT_EQ(d, ref) << trial;
     }

@@ -3,6 +3,7 @@
 // header files whose inner lengths run past their parents.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 
 #include "cryptopro_fixture.h"
@@ -19,8 +20,8 @@ std::unique_ptr<unsigned char[]> exact(const Bytes& b) {
 
 const Container kRef = container("two_keys_match_first");
 
-unsigned char get(const Bytes& primary, const Bytes& masks) {
-    auto pr = exact(primary), ma = exact(masks), cert = exact(certificate("cert_d1_A")), pw = exact(kRef.password);
+unsigned char get(const Bytes& primary, const Bytes& masks, const Bytes& certificate_der = certificate("cert_d1_A")) {
+    auto pr = exact(primary), ma = exact(masks), cert = exact(certificate_der), pw = exact(kRef.password);
     Bytes mb(40), key(32);
     return CryptoPro_conteiner_get(pr.get(), ma.get(), cert.get(), mb.data(), k32(&key), pw.get(),
                                    len(kRef.password));
@@ -80,11 +81,22 @@ TEST(CryptoProHostile, CorruptedOctets) {
     }
 }
 
+// The owner's certificate with its key OCTET STRING cut to 32 octets (the
+// rest stays in the BIT STRING): it matches nothing, and only 32 key octets
+// are read.
+TEST(CryptoProHostile, ShortCertificateKeyMatchesNothing) {
+    Bytes cert = certificate("cert_d1_A"), head = kt::from_hex("0343000440");
+    auto at = std::search(cert.begin(), cert.end(), head.begin(), head.end());
+    ASSERT_NE(at, cert.end());
+    at[4] = 0x20;
+    EXPECT_EQ(8, get(kRef.primary, kRef.masks, cert));
+}
+
 // A found certificate lies inside the header buffer.
 void find(const Bytes& header, size_t min) {
     auto buf = exact(header);
     unsigned char* p = CryptoPro_conteiner_get_certificate(buf.get());
-    if (p) EXPECT_TRUE(p >= buf.get() + min && p <= buf.get() + header.size()) << kt::to_hex(header);
+    if (p) { EXPECT_TRUE(p >= buf.get() + min && p <= buf.get() + header.size()) << kt::to_hex(header); }
 }
 
 TEST(CryptoProHostile, HeaderWithEveryOctetCorrupted) {

@@ -86,7 +86,7 @@ TEST(CryptoProUpdate, KeepsKeyAndPasswordChangesEverythingRandom) {
             EXPECT_FALSE(same(c.masks, before.masks, r.first, r.second)) << r.first;
         for (unsigned off : {0u, 1u, 2u, 3u, 36u, 37u, 50u, 51u}) EXPECT_EQ(before.masks[off], c.masks[off]);
         EXPECT_EQ(kt::to_hex(before.key), read(c, "cert_d1_A"));
-        if (c.primary.size() == 70) EXPECT_EQ(kt::to_hex(before.other), read(c, "cert_d2_A"));
+        if (c.primary.size() == 70) { EXPECT_EQ(kt::to_hex(before.other), read(c, "cert_d2_A")); }
         // Twice more, still the same key.
         for (int i = 0; i < 2; ++i) ASSERT_EQ(0, update(c));
         EXPECT_EQ(kt::to_hex(before.key), read(c, "cert_d1_A"));
@@ -108,14 +108,14 @@ TEST(CryptoProUpdate, WrongPasswordSpoilsSilentlyStructureCodesChangeNothing) {
         {true, 0, 0x30, CRYPTOPRO_ERR_PASSWORD_TOO_LONG, 255},
     };
     for (auto& t : table) {
-        Container c = container("two_keys_match_first");
-        (t.in_masks ? c.masks : c.primary)[t.offset] = t.value;
-        Container before = c;
-        EXPECT_EQ(t.code, CryptoPro_conteiner_update(c.primary.data(), c.masks.data(), c.password.data(),
-                                                     t.pw_len ? t.pw_len : len(c.password)))
+        Container d = container("two_keys_match_first");
+        (t.in_masks ? d.masks : d.primary)[t.offset] = t.value;
+        Container before = d;
+        EXPECT_EQ(t.code, CryptoPro_conteiner_update(d.primary.data(), d.masks.data(), d.password.data(),
+                                                     t.pw_len ? t.pw_len : len(d.password)))
             << t.offset;
-        EXPECT_EQ(before.primary, c.primary);
-        EXPECT_EQ(before.masks, c.masks);
+        EXPECT_EQ(before.primary, d.primary);
+        EXPECT_EQ(before.masks, d.masks);
     }
 }
 

@@ -135,7 +135,7 @@ TEST(Sign512, RoundTripsOnEveryCurve) {
             copy = sig;
             EXPECT_EQ(check(hv, Q, &sig, set), 1) << "set " << set;
             EXPECT_EQ(hex(sig), hex(copy));
-            if (hex(hv) != hex(h)) EXPECT_EQ(check(small(1), Q, &sig, set), 1);
+            if (hex(hv) != hex(h)) { EXPECT_EQ(check(small(1), Q, &sig, set), 1); }
         }
     }
 }

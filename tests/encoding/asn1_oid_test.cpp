@@ -47,7 +47,7 @@ void expect_oid(const std::string& text, unsigned char len, const std::string& d
     kt::Bytes out(64, 0xEE);
     unsigned int n = ASN1_code_ASCII_OID_to_DER(u(text), len, out.data());
     EXPECT_EQ(kt::to_hex(out.data(), n), der) << text << " len " << int(len);
-    if (n) EXPECT_EQ(out[n], 0xEE) << text;
+    if (n) { EXPECT_EQ(out[n], 0xEE) << text; }
 }
 
 TEST(Asn1Oid, MatchesOpenssl) {

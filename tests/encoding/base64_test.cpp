@@ -44,7 +44,7 @@ TEST(Base64, MatchesCoreutilsBothWays) {
         ASSERT_EQ(n, data.size()) << b64;
         EXPECT_EQ(Bytes(out.begin(), out.begin() + n), data);
         // Three bytes are written for every group, the padded last one too.
-        if (n % 3 != 0) EXPECT_EQ(out[groups - 1], 0xFF) << b64;
+        if (n % 3 != 0) { EXPECT_EQ(out[groups - 1], 0xFF) << b64; }
         EXPECT_EQ(out[groups], 0xEE);
     }
 }

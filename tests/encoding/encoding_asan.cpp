@@ -73,7 +73,7 @@ TEST(EncodingBounds, Base64ExactBuffers) {
         unsigned int t = (n + 2) / 3 * 4;
         Exact in(rng.bytes(n)), text(t), back(t / 4 * 3);
         ASSERT_EQ(Base64_code_msg(in.get(), n, text.get()), t);
-        if (t) ASSERT_EQ(Base64_decode_msg(text.get(), t, back.get()), n);
+        if (t) { ASSERT_EQ(Base64_decode_msg(text.get(), t, back.get()), n); }
     }
     // len below 4 still reads the 4 characters at in[0..3] and writes 3 bytes.
     Exact four(std::string("TWE=")), out(3);

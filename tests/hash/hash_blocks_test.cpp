@@ -68,10 +68,10 @@ TEST(Gost94Blocks, APAndMix) {
     EXPECT_EQ(hex(in), hex(out));
 
     for (unsigned n : {0u, 1u, 2u, 3u, 4u, 5u, 12u, 61u, 200u, 255u}) {
-        U256 y = rnd<32>(rng), r = y;
-        for (unsigned i = 0; i < n; ++i) psi_ref(r);
-        GOST_34_11_94_mix(&y, static_cast<unsigned char>(n));
-        EXPECT_EQ(hex(y), hex(r)) << n;
+        U256 m = rnd<32>(rng), ref = m;
+        for (unsigned i = 0; i < n; ++i) psi_ref(ref);
+        GOST_34_11_94_mix(&m, static_cast<unsigned char>(n));
+        EXPECT_EQ(hex(m), hex(ref)) << n;
     }
 }
 

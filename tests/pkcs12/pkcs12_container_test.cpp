@@ -74,7 +74,7 @@ void crypt(Case& c, Bytes& box, bool mac) {
 // 368, the salt at 92 and 364, the IV at 133, the padding of five 05.
 TEST(Pkcs12Container, CreateMatchesLayoutBuiltByPeer) {
     for (auto& c : cases())
-        if (c.library_shape()) EXPECT_EQ(kt::to_hex(c.container), kt::to_hex(create(c))) << c.name;
+        if (c.library_shape()) { EXPECT_EQ(kt::to_hex(c.container), kt::to_hex(create(c))) << c.name; }
 }
 
 // The peer containers and one the library makes with a 255-octet password.
@@ -148,7 +148,7 @@ TEST(Pkcs12Container, OpenCloseAndChangePassword) {
         EXPECT_TRUE(same(box, c.container, 0, 153) && same(box, c.container, 362, box.size()));
         Case n = c;
         n.password = q;
-        if (c.library_shape()) EXPECT_EQ(create(n), box);
+        if (c.library_shape()) { EXPECT_EQ(create(n), box); }
     }
 }
 
@@ -177,8 +177,8 @@ TEST(Pkcs12Container, DamageGivesCodeAndWritesNothing) {
         EXPECT_EQ(t.open, open(box, c.password, &key, &aux));
         EXPECT_EQ(Bytes(32, 0xA5), key);  // nothing written, not even the key
         EXPECT_EQ(Bytes(40, 0x5A), aux);
-        if (t.mac >= 0) EXPECT_EQ(t.mac, pkcs12_conteiner_check_MAC(c.pw(), c.n(), box.data()));
-        if (t.close >= 0) EXPECT_EQ(t.close, pkcs12_close_conteiner(aux.data(), c.pw(), c.n(), box.data()));
+        if (t.mac >= 0) { EXPECT_EQ(t.mac, pkcs12_conteiner_check_MAC(c.pw(), c.n(), box.data())); }
+        if (t.close >= 0) { EXPECT_EQ(t.close, pkcs12_close_conteiner(aux.data(), c.pw(), c.n(), box.data())); }
         EXPECT_EQ(damaged, box);
     }
     // The MAC value element is outside the MAC'd region: close checks the MAC,
@@ -190,6 +190,18 @@ TEST(Pkcs12Container, DamageGivesCodeAndWritesNothing) {
     EXPECT_FALSE(same(box, c.container, 153, 305));
     EXPECT_TRUE(same(box, c.container, 330, 362));
     EXPECT_EQ(2, open(box, c.password, nullptr, nullptr));
+    // Nor is the MAC's length octet: a long form there does not move the
+    // stored MAC past the MacData (the container ends at 372).
+    for (unsigned char len : {0x84, 0xA0, 0xFF}) {
+        std::vector<unsigned char> heap(c.container.begin(), c.container.end());
+        heap[329] = len;
+        auto exact = std::make_unique<unsigned char[]>(heap.size());
+        std::copy(heap.begin(), heap.end(), exact.get());
+        EXPECT_EQ(0, pkcs12_close_conteiner(aux.data(), c.pw(), c.n(), exact.get())) << int(len);
+        EXPECT_EQ(0, pkcs12_conteiner_change_pass(c.pw(), c.n(), c.pw(), c.n(), exact.get())) << int(len);
+        EXPECT_EQ(0, pkcs12_conteiner_check_MAC(c.pw(), c.n(), exact.get())) << int(len);
+        EXPECT_TRUE(std::equal(exact.get() + 362, exact.get() + 372, c.container.begin() + 362)) << int(len);
+    }
 }
 
 }  // namespace

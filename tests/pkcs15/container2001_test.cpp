@@ -145,7 +145,7 @@ TEST_F(Container2001, WhatTheReadersCheck) {
         EXPECT_EQ(pkcs15_get_pkcs15content(d.data()) != nullptr, k.content) << k.what;
         std::memset(out.b, 0, 32);
         EXPECT_EQ(get_key(d, &out), k.key) << k.what;
-        if (k.key == 0) EXPECT_EQ(to_hex(out.b, 32), key_hex()) << k.what;
+        if (k.key == 0) { EXPECT_EQ(to_hex(out.b, 32), key_hex()) << k.what; }
         EXPECT_EQ(get_key(d, &out, password(), false), k.key == 32 ? 0u : k.key) << k.what;
         EXPECT_EQ(get_rnd(d, rnd.data()), k.rnd) << k.what;
         EXPECT_EQ(update(d), k.upd) << k.what;
@@ -221,7 +221,7 @@ TEST_F(Container2001, GettersOnHandMadeElements) {
         Bytes e = k.element;
         pkcs15_KEK_t r = pkcs15_get_pkcs15_KEK(e.data());
         EXPECT_EQ(r.salt != nullptr, k.salt) << k.what;
-        if (r.salt) EXPECT_EQ(to_hex(r.salt, 34), to_hex(salt)) << k.what;
+        if (r.salt) { EXPECT_EQ(to_hex(r.salt, 34), to_hex(salt)) << k.what; }
         EXPECT_EQ(r.iterations, k.iterations) << k.what;
     }
     // Encrypted content info { id-data, alg { OID, { IV, set } }, content }:

@@ -47,7 +47,7 @@ TEST_P(Container2012, SizesRoundTripAndWrongPassword) {
         EXPECT_EQ(rnd, sample_rnd());
         EXPECT_EQ(get_key(c, &out, wrong_password()), 0u);
         EXPECT_NE(key_hex(out), expected_key(kind));
-        if (kind == 1) EXPECT_EQ(to_hex(out.b + 32, 32), std::string(64, '0'));
+        if (kind == 1) { EXPECT_EQ(to_hex(out.b + 32, 32), std::string(64, '0')); }
         EXPECT_EQ(get_rnd(c, rnd.data(), wrong_password()), 0u);
         EXPECT_NE(rnd, sample_rnd());
         EXPECT_EQ(update(c, wrong_password()), 32u);
@@ -157,7 +157,7 @@ TEST_P(Container2012, UpdateDetectsAlteredContent) {
         EXPECT_EQ(c, before) << k.what;
         TSecretKey out;
         EXPECT_EQ(get_key(c, &out), k.read == kMalformed ? 30u : 0u) << k.what;
-        if (k.read != kMalformed) EXPECT_EQ(key_hex(out) == expected_key(GetParam()), k.read == kRight) << k.what;
+        if (k.read != kMalformed) { EXPECT_EQ(key_hex(out) == expected_key(GetParam()), k.read == kRight) << k.what; }
     }
 }
 

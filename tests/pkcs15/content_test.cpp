@@ -49,8 +49,13 @@ class Builders : public ::testing::TestWithParam<Gen> {
 TEST_P(Builders, EnvelopeSizesAndOpening) {
     const Gen& g = GetParam();
     type_uN<32> kek = key32(Rng(5).bytes(32).data()), k;
-    if (!g.g2012) EXPECT_EQ(g.envelope(nullptr, 32, &kek, 0, nullptr), 174u);
-    if (!g.g2012) EXPECT_EQ(g.envelope(nullptr, 40, &kek, 0, nullptr), 182u);
+    if (!g.g2012) { EXPECT_EQ(g.envelope(nullptr, 32, &kek, 0, nullptr), 174u); }
+    if (!g.g2012) { EXPECT_EQ(g.envelope(nullptr, 40, &kek, 0, nullptr), 182u); }
+    // Sizes past 2^32 - 1 are refused, not wrapped (nothing is read).
+    for (unsigned len : {0xFFFFFFF0u, 0xFFFFFFFFu}) {
+        EXPECT_EQ(g.envelope(nullptr, len, &kek, 0, nullptr), 0u) << len;
+        EXPECT_EQ(g.authdata(nullptr, len, &kek, 0, nullptr), 0u) << len;
+    }
     for (unsigned len : {0u, 1u, 32u, 40u, 64u, 100u, 150u, 200u, 300u}) {
         unsigned want = g.recipient + tl(g.info + tl(tl(len)));
         Bytes data = Rng(len + 1).bytes(len), out(want + 8, 0xEE);

@@ -103,7 +103,7 @@ TEST_F(Hostile, Truncated2001) {
             // (s = 0): its key MAC no longer matches.
             unsigned got = pkcs15_get_key(c.get(), &key, pwd.data(), kPl);
             EXPECT_EQ(got, n < 674 ? 30u : base == &c787 ? 32u : 0u) << n;
-            if (got) EXPECT_EQ(to_hex(key.b, 32), std::string(64, 'c'));
+            if (got) { EXPECT_EQ(to_hex(key.b, 32), std::string(64, 'c')); }
             unsigned want = n < 674 ? 30 : 0;
             EXPECT_EQ(pkcs15_get_key_no_pass_chek(c.get(), want ? &key : nullptr, pwd.data(), kPl), want) << n;
             Bytes rnd(40);

@@ -1,6 +1,8 @@
 // Attribute text, SET OF order, signer block, message layout and parsing.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "CMS.h"
 #include "pki/pki_fixtures.h"
 #include "x_509.h"
@@ -67,7 +69,8 @@ TEST(CmsAttribute, ItemsAndLists) {
 }
 
 TEST(CmsAttribute, SortRuns) {
-    struct Case { std::vector<Bytes> in; std::vector<int> order; } cases[] = {
+    struct Case { std::vector<Bytes> in; std::vector<int> order; };
+    std::vector<Case> cases_random, cases = {
         {{tlv(0x04, Bytes(3, 1)), tlv(0x04, Bytes(1, 2)), tlv(0x04, Bytes(2, 3))}, {1, 2, 0}},
         {{tlv(0x04, Bytes(2, 1)), tlv(0x04, Bytes(2, 2)), tlv(0x04, Bytes(1, 3)), tlv(0x04, Bytes(2, 4))}, {2, 0, 1, 3}},
         // contents are not compared: DER's order would put 04 01 01 first
@@ -75,6 +78,17 @@ TEST(CmsAttribute, SortRuns) {
         {{tlv(0x04, Bytes(200, 1)), tlv(0x04, Bytes(127, 2)), tlv(0x04, Bytes(128, 3))}, {1, 2, 0}},
         {{}, {}},
     };
+    // Random runs, up to 4,000 elements of a few sizes (equal sizes keep
+    // their order), against a stable sort of the element list.
+    kt::Rng rng(69);
+    for (unsigned n : {2u, 3u, 7u, 64u, 333u, 4000u}) {
+        Case c;
+        for (unsigned i = 0; i < n; ++i) c.in.push_back(tlv(0x04, Bytes(rng.below(n < 64 ? 4 : 300), (unsigned char)i)));
+        for (unsigned i = 0; i < n; ++i) c.order.push_back((int)i);
+        std::stable_sort(c.order.begin(), c.order.end(), [&](int x, int y) { return c.in[x].size() < c.in[y].size(); });
+        cases_random.push_back(c);
+    }
+    cases.insert(cases.end(), cases_random.begin(), cases_random.end());
     for (Case& c : cases) {
         Bytes run, want;
         for (const Bytes& e : c.in) run.insert(run.end(), e.begin(), e.end());
@@ -235,6 +249,9 @@ TEST(CmsMessage, CreateRejects) {
     Bytes ok = seq({seq({tlv(0xA0, tlv(0x02, {2})), tlv(0x02, {1}), seq({}), seq({set({})})})});
     EXPECT_GT(size(content.data(), ok), 0u);
     EXPECT_EQ(size(nullptr, ok), 0u);
+    // A size past 2^32 - 1 is refused, not wrapped (the content is not read).
+    for (unsigned n : {0xFFFFFFF0u, 0xFFFFFFFFu})
+        EXPECT_EQ(CMS_SignedData_create(content.data(), n, bare.data(), 66, ok.data(), 1, nullptr), 0u) << n;
 }
 
 TEST(CmsMessage, ParseOptionalAndMissingParts) {

@@ -206,15 +206,21 @@ TEST(CmsSign, FormatErrorsAndGenerator) {
     // [0] without a messageDigest attribute.
     Bytes noDigest = cat({tlv(0xA0, seq({oid("2A03"), set({tlv(0x04, {1})})})), from_hex("0440"), Bytes(64, 0)});
     EXPECT_EQ(CMS_sig_SignedAttr(noDigest.data(), content.data(), 1, &key), 2u);
-    // The signature element must be an OCTET STRING or hold 64 octets.
-    Bytes block = block_of(kSigningTime, ""), wrong = block;
+    // The signature element: any tag with 64 octets behind a two-octet
+    // header takes the signature; nothing is written past the element.
+    Bytes block = block_of(kSigningTime, ""), wrong;
     size_t sigAt = block.size() - 66;
-    wrong[sigAt] = 0x05;  // tag changed, length still 64: accepted
-    EXPECT_EQ(CMS_sig_SignedAttr(wrong.data(), content.data(), 1, &key), 0u);
-    wrong = block;
-    wrong[sigAt] = 0x05;
-    wrong[sigAt + 1] = 0x3F;
-    EXPECT_EQ(CMS_sig_SignedAttr(wrong.data(), content.data(), 1, &key), 2u);
+    const struct { const char* header; size_t len; unsigned rc; } heads[] = {
+        {"0540", 64, 0}, {"053F", 63, 2}, {"0400", 0, 2}, {"048140", 64, 2}};
+    for (const auto& h : heads) {
+        Bytes head = from_hex(h.header);
+        wrong = Bytes(block.begin(), block.begin() + sigAt);
+        wrong.insert(wrong.end(), head.begin(), head.end());
+        wrong.resize(wrong.size() + h.len + 8, 0xEE);
+        Bytes before = wrong;
+        EXPECT_EQ(CMS_sig_SignedAttr(wrong.data(), content.data(), 1, &key), h.rc) << h.header;
+        EXPECT_TRUE(std::equal(wrong.end() - 8, wrong.end(), before.end() - 8)) << h.header;
+    }
     // The digest has been stored before the failure.
     EXPECT_EQ(to_hex(CMS_SignedAttr_find_msg_digest_value_field(wrong.data()), 32), to_hex(gost94(content)));
 

@@ -88,7 +88,7 @@ TEST(X509Fixtures, Accessors) {
         x509_name subject = x_509_parse_Name_field(child(tbs, c.v3 ? 5 : 4));
         EXPECT_EQ(slots(subject), w.subject);
         EXPECT_EQ(subject.country.tag, 0x13);  // PrintableString
-        if (subject.email.tag) EXPECT_EQ(subject.email.tag, 0x16);  // IA5String
+        if (subject.email.tag) { EXPECT_EQ(subject.email.tag, 0x16); }  // IA5String
 
         x509_textbox t = x_509_get_textbox_of_cer(d);
         x509_field_pointers f = x_509_get_field_pointers(d);

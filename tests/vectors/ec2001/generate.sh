@@ -9,7 +9,7 @@
 #             output on every run)
 #   ours.txt  signatures made by libKorvex from a fixed generator seed and
 #             verified here by `openssl pkeyutl -verify` (needs a built
-#             libKorvex.so: KORVEX_LIB, default build-ec256 of the repo)
+#             libKorvex.so: KORVEX_LIB, default build/ of the repo)
 #
 # Byte orders: OpenSSL prints keys as big-endian numbers; the fixtures hold
 # them as the library does (little-endian x then y). Digests are the hash
@@ -19,7 +19,7 @@
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 repo=$(cd "$here/../../.." && pwd)
-lib=${KORVEX_LIB:-$repo/build-ec256/libKorvex.so}
+lib=${KORVEX_LIB:-$repo/build/libKorvex.so}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 E="-engine gost"

@@ -1,6 +1,6 @@
 #!/bin/bash
 # Sample PKCS#15 containers checked against peers. Builds make_samples.cpp
-# against a built libKorvex.so (BUILD, default ../../../build-pkcs15), writes
+# against a built libKorvex.so (BUILD, default build/ of the repo), writes
 # the containers, and records for each:
 #   - whether `openssl asn1parse -inform DER` walks it completely (valid DER,
 #     all lengths consistent), with its output in <name>.asn1.txt;
@@ -18,7 +18,7 @@
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 root=$(cd "$here/../../.." && pwd)
-build=${BUILD:-$root/build-pkcs15}
+build=${BUILD:-$root/build}
 tmp=$(mktemp -d)
 trap 'rm -rf "$tmp"' EXIT
 

@@ -29,6 +29,8 @@ echo "$key" > cfb.key
 echo "$iv" > cfb.iv
 CRYPT_PARAMS=id-Gost28147-89-CryptoPro-A-ParamSet openssl enc -engine gost -gost89 -K "$key" -iv "$iv" \
   -in pattern.bin -out pattern.gost89 2>/dev/null
+# Counter mode with the same meshing (gost89-cnt: CryptoPro-A).
+openssl enc -engine gost -gost89-cnt -K "$key" -iv "$iv" -in pattern.bin -out pattern.gost89cnt 2>/dev/null
 
 # Keys, signatures and certificates made by OpenSSL.
 openssl genpkey -engine gost -algorithm gost2001 -pkeyopt paramset:A -out ossl-2001A.pem 2>/dev/null

@@ -1,2 +1,0 @@
-// Keeps the instrumented static build of the library non-empty.
-namespace kt { int asan_anchor = 0; }
