@@ -2,6 +2,7 @@
 // folder: seed, key pair, self-signed certificate, PKCS#15 container, CMS
 // SignedData signature and its check.
 #include <cstdio>
+#include <ctime>
 #include <cstdlib>
 #include <unistd.h>
 
@@ -76,17 +77,21 @@ int demo(int argc, char** argv, int first) {
         std::string text = "Korvex demo document: signed with GOST R 34.10-2001.\n";
         cli::Bytes doc(text.begin(), text.end());
         cli::write_file(path("document.txt"), doc);
-        cli::Bytes msg = cli::cms_sign(doc, reopened, cert, "", "", false, true);
+        cli::CmsSignRequest sreq;
+        sreq.content_path = path("document.txt");
+        cli::Bytes msg = cli::cms_sign(reopened.d, reopened.curve.sel, cli::parse_cert(cert), sreq);
         cli::write_file(path("document.p7s"), msg);
         say("document signed as CMS SignedData (" + std::to_string(msg.size()) + " bytes, certificate included)");
 
-        cli::CmsCheck c = cli::cms_verify(msg, nullptr, nullptr);
+        cli::CmsCheck c = cli::cms_verify(msg, nullptr, nullptr, nullptr, std::time(nullptr));
         say("signature of '" + c.signer + "' checked: " + (c.valid() ? "valid" : "INVALID"));
         if (!c.valid()) rc = 1;
 
         cli::Bytes altered = doc;
         altered[0] ^= 1;
-        cli::CmsCheck bad = cli::cms_verify(msg, nullptr, &altered);
+        cli::write_file(path("altered.txt"), altered);
+        std::string altered_path = path("altered.txt");
+        cli::CmsCheck bad = cli::cms_verify(msg, nullptr, &altered_path, nullptr, std::time(nullptr));
         say(std::string("the same signature over an altered document: ") + (bad.valid() ? "valid (WRONG)" : "INVALID, as it must be"));
         if (bad.valid()) rc = 1;
     } catch (...) {

@@ -5,65 +5,48 @@
 #include "cli.h"
 #include "commands.h"
 #include "der.h"
-#include "x_509.h"
+#include "cert_info.h"
+#include <optional>
 
 namespace {
 
 using cli::Bytes;
 using cli::Error;
 
-std::string curve_name(Bytes& cert) {
-    unsigned s = x_509_get_open_key_parametrs_ds(cert.data());
-    static const char* names256[] = {"GOST R 34.10-2001 test curve", "CryptoPro-A (or XchA)", "CryptoPro-B",
-                                     "CryptoPro-C (or XchB)"};
-    if (s <= 3) return names256[s];
-    unsigned t = x_509_get_open_key_parametrs_ds_512bit(cert.data());
-    if (t == 0) return "GOST R 34.10-2012 512-bit example curve";
-    if (t == 1) return "TC26 512-bit paramSetA";
-    if (t == 2) return "TC26 512-bit paramSetB";
-    return "not a known GOST parameter set";
-}
-
-std::string usage_text(unsigned u) {
-    static const char* names[] = {"digitalSignature", "nonRepudiation", "keyEncipherment", "dataEncipherment",
-                                  "keyAgreement",     "keyCertSign",    "cRLSign",         "encipherOnly",
-                                  "decipherOnly"};
-    std::string s;
-    for (int i = 0; i < 9; ++i)
-        if (u & (1u << i)) s += (s.empty() ? "" : ", ") + std::string(names[i]);
-    return s.empty() ? "(none given)" : s;
-}
-
-std::string time_text(const x509_field_ref& f) {
-    if (!f.ptr) return "(not a UTCTime)";
-    std::string t(reinterpret_cast<const char*>(f.ptr), f.len);
-    if (t.size() >= 12) {
-        int yy = std::stoi(t.substr(0, 2));
-        return std::to_string(yy < 50 ? 2000 + yy : 1900 + yy) + "-" + t.substr(2, 2) + "-" + t.substr(4, 2) + " " +
-               t.substr(6, 2) + ":" + t.substr(8, 2) + ":" + t.substr(10, 2) + " UTC";
-    }
-    return t;
-}
-
 int show(int argc, char** argv, int first) {
     cli::Args a = cli::parse(argc, argv, first, {"--issuer"}, {});
-    if (a.pos.size() != 1) throw Error("name one certificate");
-    Bytes cert = cli::load_cert(a.pos[0]);
-    Bytes issuer = a.has("--issuer") ? cli::load_cert(a.get("--issuer")) : Bytes();
-    x509_textbox tb = x_509_get_textbox_of_cer(cert.data());
-    std::printf("subject:    %s\n", cli::subject_text(cert).c_str());
-    std::printf("issuer:     %s\n", cli::subject_text(cert, true).c_str());
-    std::printf("serial:     %s\n", tb.serial_number.ptr ? cli::to_hex(tb.serial_number.ptr, tb.serial_number.len).c_str() : "?");
-    std::printf("not before: %s\nnot after:  %s\n", time_text(tb.not_before).c_str(), time_text(tb.not_after).c_str());
-    std::printf("key usage:  %s\n", usage_text(x_509_get_key_usage(cert.data())).c_str());
-    std::printf("key set:    %s\n", curve_name(cert).c_str());
-    unsigned char* q = x_509_get_open_key(cert.data());
-    bool is512 = x_509_get_open_key_parametrs_ds_512bit(cert.data()) != 0xFFFFFFFFu;
-    if (q) std::printf("public key: %s\n", cli::to_hex(q, is512 ? 128 : 64).c_str());
-    unsigned ok = x_509_check_certificate(cert.data(), issuer.empty() ? nullptr : issuer.data());
-    std::printf("signature:  %s (%s)\n", ok == 1 ? "valid" : "INVALID",
-                issuer.empty() ? "checked against its own key" : "checked against the issuer's key");
-    return ok == 1 ? 0 : 1;
+    if (a.pos.size() != 1) throw Error("name one certificate", 2);
+    cli::Cert c = cli::read_cert(a.pos[0]);
+    std::optional<cli::Cert> issuer;
+    if (a.has("--issuer")) issuer = cli::read_cert(a.get("--issuer"));
+    std::printf("version:    %d\n", c.version);
+    std::printf("subject:    %s\n", cli::name_text(c.subject).c_str());
+    std::printf("issuer:     %s\n", cli::name_text(c.issuer).c_str());
+    der::Elem sn = der::read(c.serial.data(), c.serial.data() + c.serial.size());
+    std::printf("serial:     %s\n", cli::to_hex(sn.content(), sn.len).c_str());
+    std::printf("not before: %s\nnot after:  %s\n", cli::time_text(c.not_before).c_str(), cli::time_text(c.not_after).c_str());
+    if (c.key_error.empty()) {
+        std::printf("key:        %s, %s\n", cli::gen_name(c.key.gen), c.key.curve.c_str());
+        std::printf("public key: %s\n", cli::to_hex(c.key.q).c_str());
+    } else {
+        std::printf("key:        %s\n", c.key_error.c_str());
+    }
+    for (const cli::Extension& e : c.exts) std::printf("extension:  %s\n", cli::extension_text(e).c_str());
+    std::string why, against;
+    if (issuer) {
+        if (issuer->subject != c.issuer) why = "the issuer certificate's subject is not this certificate's issuer";
+        else why = cli::check_cert_signature(c, *issuer);
+        against = "checked against the issuer's key";
+    } else if (c.self_issued()) {
+        why = cli::check_cert_signature(c, c);
+        against = "checked against its own key";
+    } else {
+        std::printf("signature:  not checked (issuer not given: use --issuer)\n");
+        return 0;
+    }
+    std::printf("signature:  %s (%s%s)\n", why.empty() ? "valid" : "INVALID", against.c_str(),
+                why.empty() ? "" : (": " + why).c_str());
+    return why.empty() ? 0 : 1;
 }
 
 int selfsign(int argc, char** argv, int first) {
@@ -91,9 +74,10 @@ int x509(int argc, char** argv, int first) {
             "usage: korvex x509 show CERT [--issuer CERT]\n"
             "       korvex x509 selfsign --key KEY [--subject \"CN=..,O=..,C=RU\"] [--days N]\n"
             "                            [--serial HEX] [--der] [-o OUT]\n\n"
-            "show prints names, serial, validity, key usage, the key's parameter set,\n"
-            "and checks the signature against the certificate's own key or the\n"
-            "issuer's (exit 1 when it does not verify). selfsign composes a\n"
+            "show prints names, serial, validity, the key and its curve and every\n"
+            "extension, and checks the signature (GOST R 34.10-2001 or -2012) with\n"
+            "the --issuer certificate's key, or its own when it is self-issued (exit 1\n"
+            "when it does not verify). selfsign composes a\n"
             "self-signed GOST R 34.10-2001 certificate (v3, keyUsage and basic\n"
             "constraints) for a korvex key file, PEM unless --der.\n");
         return sub.empty() ? 2 : 0;

@@ -280,7 +280,7 @@ TEST_F(Cli, CmsSignAndVerify) {
     ASSERT_EQ(korvex("cms sign --key id.key --cert id.crt -o doc.p7s doc").code, 0);
     Result r = korvex("cms verify doc.p7s");
     EXPECT_EQ(r.code, 0) << r.out << r.err;
-    EXPECT_EQ(r.out, "signer: CN=Test signer, O=Korvex, C=RU\nsignature: valid\n");
+    EXPECT_EQ(r.out, "signer: CN=Test signer, O=Korvex, C=RU\nsignature: valid\nsigner: not verified (no --CAfile given)\n");
     // Detached, without the certificate, with a user attribute (signingTime).
     std::string attr = "--attr 1.2.840.113549.1.9.5:" "Fw0yNjExMjIxMjAwMDBa";  // UTCTime 261122120000Z
     ASSERT_EQ(korvex("cms sign --key id.key --cert id.crt --detached --no-cert " + attr + " -o det.p7s doc").code, 0);
@@ -469,6 +469,109 @@ TEST_F(Cli, DemoRunsEndToEnd) {
     Result r = korvex("demo");
     EXPECT_EQ(r.code, 0) << r.out << r.err;
     EXPECT_NE(r.out.find("demo finished: every step as expected"), std::string::npos) << r.out;
+}
+
+// GOST R 34.10-2012 fixtures of tests/vectors/cms (OpenSSL-made, see generate.sh).
+std::string cms_fixture(const std::string& name) { return quote(std::string(KORVEX_VECTORS_DIR) + "/cms/" + name); }
+
+TEST_F(Cli, Cms2012InteroperatesWithOpenSsl) {
+    const std::string digest94 = std::string("\x06\x06\x2A\x85\x03\x02\x02\x09", 8);
+    const struct {
+        const char* n;
+        std::string digest_oid;  // DER of the GOST R 34.11-2012 digest OID
+    } rows[] = {{"256A", std::string("\x06\x08\x2A\x85\x03\x07\x01\x01\x02\x02", 10)},
+                {"512A", std::string("\x06\x08\x2A\x85\x03\x07\x01\x01\x02\x03", 10)},
+                {"512B", std::string("\x06\x08\x2A\x85\x03\x07\x01\x01\x02\x03", 10)}};
+    write("other", "not the document");
+    for (const auto& row : rows) {
+        std::string n = row.n, ca = " --CAfile " + cms_fixture("ca" + n + ".crt"), doc = cms_fixture("doc.txt");
+        for (std::string m : {"attached", "noattr"}) {
+            Result r = korvex("cms verify" + ca + " " + cms_fixture("ossl" + n + "-" + m + ".der"));
+            EXPECT_EQ(r.code, 0) << n << m << r.out << r.err;
+            EXPECT_NE(r.out.find("signer: verified up to CN=Test CA " + n), std::string::npos) << r.out;
+        }
+        std::string det = cms_fixture("ossl" + n + "-detached.der");
+        EXPECT_EQ(korvex("cms verify --content " + doc + ca + " " + det).code, 0) << n;
+        EXPECT_EQ(korvex("cms verify --content other" + ca + " " + det).code, 1) << n;
+        // korvex signs; the identifiers are the 2012 ones; OpenSSL accepts.
+        std::string key = " --key " + cms_fixture("leaf" + n + ".key"), cert = " --cert " + cms_fixture("leaf" + n + ".crt");
+        ASSERT_EQ(korvex("cms sign" + key + cert + " -o a.der " + doc).code, 0) << n;
+        ASSERT_EQ(korvex("cms sign --detached" + key + cert + " -o d.der " + doc).code, 0) << n;
+        std::string msg = read("a.der");
+        EXPECT_NE(msg.find(row.digest_oid), std::string::npos) << n;
+        EXPECT_EQ(msg.find(digest94), std::string::npos) << n;
+        EXPECT_EQ(korvex("cms verify" + ca + " a.der").code, 0) << n;
+        EXPECT_EQ(korvex("cms verify --content " + doc + ca + " d.der").code, 0) << n;
+        if (have_gost_openssl())
+            for (std::string extra : {std::string(" -in a.der"), " -in d.der -content " + doc}) {
+                Result v = sh("OPENSSL_CONF=/dev/null openssl cms -verify -engine gost -binary -inform DER -out /dev/null -CAfile " +
+                              cms_fixture("ca" + n + ".crt") + extra);
+                EXPECT_NE(v.err.find("Verification successful"), std::string::npos) << n << extra << v.err;
+            }
+    }
+    // Key and certificate must match in size, curve and point.
+    EXPECT_EQ(korvex("cms sign --key " + cms_fixture("leaf256A.key") + " --cert " + cms_fixture("leaf512A.crt") + " -o x " + cms_fixture("doc.txt")).code, 5);
+    EXPECT_EQ(korvex("cms sign --key " + cms_fixture("leaf512B.key") + " --cert " + cms_fixture("leaf512A.crt") + " -o x " + cms_fixture("doc.txt")).code, 5);
+    EXPECT_EQ(korvex("cms sign --key " + cms_fixture("leaf256A.key") + " --cert " + cms_fixture("shortkey256A.der") + " -o x " + cms_fixture("doc.txt")).code, 5);
+    EXPECT_FALSE(fs::exists(p("x")));
+}
+
+TEST_F(Cli, CmsVerifyChecksTheSignerCertificate) {
+    std::string key = " --key " + cms_fixture("leaf256A.key"), doc = " " + cms_fixture("doc.txt");
+    std::string ca = " --CAfile " + cms_fixture("ca256A.crt");
+    ASSERT_EQ(korvex("cms sign" + key + " --cert " + cms_fixture("expired256A.crt") + " -o old.der" + doc).code, 0);
+    ASSERT_EQ(korvex("keygen --curve A -o id.key").code, 0);
+    ASSERT_EQ(korvex("x509 selfsign --key id.key --subject 'CN=Test signer' --der -o id.der").code, 0);
+    ASSERT_EQ(korvex("cms sign --key id.key --cert id.der -o self.der" + doc).code, 0);
+    std::string id = read("id.der");
+    size_t t = id.find("\x17\x0d", id.find("\x17\x0d") + 1) + 13;  // notAfter's last second digit
+    id[t] = id[t] == '0' ? '1' : '0';
+    write("id_altered.der", id);
+    const struct {
+        std::string args;
+        int code;
+        const char* says;
+    } rows[] = {
+        {ca + " old.der", 1, "certificate: INVALID, expired on 2021-01-01"},
+        {" old.der", 1, "expired on"},
+        {ca + " --cert " + cms_fixture("altered256A.der") + " " + cms_fixture("ossl256A-attached.der"), 1, "signer: NOT verified"},
+        {" --cert " + cms_fixture("altered256A.der") + " " + cms_fixture("ossl256A-attached.der"), 0, "signer: not verified (no --CAfile"},
+        {" --CAfile " + cms_fixture("ca512A.crt") + " " + cms_fixture("ossl256A-attached.der"), 1, "NOT verified"},
+        {" --cert id_altered.der self.der", 1, "self-signed certificate is damaged"},
+        {" --CAfile id.der self.der", 0, "verified up to CN=Test signer"},
+    };
+    for (const auto& row : rows) {
+        Result r = korvex("cms verify" + row.args);
+        EXPECT_EQ(r.code, row.code) << row.args << r.out << r.err;
+        EXPECT_NE(r.out.find(row.says), std::string::npos) << row.args << r.out;
+    }
+}
+
+TEST_F(Cli, X509ShowVerdictsAndNames) {
+    const struct {
+        std::string args;
+        int code;
+        std::vector<std::string> says;
+    } rows[] = {
+        {cms_fixture("leaf256A.crt") + " --issuer " + cms_fixture("ca256A.crt"), 0,
+         {"signature:  valid (checked against the issuer's key)", "not after:  2060-01-01 00:00:00 UTC",
+          "CN=Ivanov Ivan, SN=Ivanov, GN=Ivan, title=Director, O=Romashka, L=Moscow, street=Tverskaya 1, C=RU, "
+          "SNILS=12345678901, INN=007712345678, OGRN=1027700132195",
+          "extKeyUsage: emailProtection, clientAuth", "subjectAltName: email:ivanov@example.ru, DNS:example.ru",
+          "certificatePolicies: KC1, anyPolicy", "GOST R 34.10-2012 (256 bits), CryptoPro-A"}},
+        {cms_fixture("leaf512B.crt") + " --issuer " + cms_fixture("ca512B.crt"), 0, {"valid", "TC26 512-bit paramSetB"}},
+        {cms_fixture("leaf512A.crt") + " --issuer " + cms_fixture("ca512B.crt"), 1, {"INVALID"}},
+        {cms_fixture("leaf512A.crt"), 0, {"issuer not given"}},
+        {cms_fixture("ca512A.crt"), 0, {"valid (checked against its own key)"}},
+        {quote(std::string(KORVEX_VECTORS_DIR) + "/pki/v1_a.der"), 0, {"version:    1", "valid"}},
+        {cms_fixture("shortkey256A.der") + " --issuer " + cms_fixture("ca256A.crt"), 1,
+         {"the public key is 32 octets", "INVALID"}},
+    };
+    for (const auto& row : rows) {
+        Result r = korvex("x509 show " + row.args);
+        EXPECT_EQ(r.code, row.code) << row.args << r.out << r.err;
+        for (const std::string& s : row.says) EXPECT_NE(r.out.find(s), std::string::npos) << s << "\n" << r.out;
+    }
 }
 
 }  // namespace
