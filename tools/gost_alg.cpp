@@ -101,7 +101,7 @@ unsigned char curve_of_oid(Gen g, const std::string& oid, std::string& name) {
     throw Error("unknown GOST parameter set " + oid, 5);
 }
 
-Digest::Digest(Gen g) : gen_(g) {
+GenDigest::GenDigest(Gen g) : gen_(g) {
     if (g == Gen::g2001) {
         state_.resize(sizeof(stream_hash_t));
         GOST_34_11_94_hash_init(nullptr, reinterpret_cast<stream_hash_t*>(state_.data()));
@@ -113,7 +113,7 @@ Digest::Digest(Gen g) : gen_(g) {
     }
 }
 
-void Digest::write(const unsigned char* p, size_t n) {
+void GenDigest::write(const unsigned char* p, size_t n) {
     while (n) {
         unsigned part = static_cast<unsigned>(std::min<size_t>(n, 1u << 30));
         auto* q = const_cast<unsigned char*>(p);
@@ -124,7 +124,7 @@ void Digest::write(const unsigned char* p, size_t n) {
     }
 }
 
-Bytes Digest::end() {
+Bytes GenDigest::end() {
     Bytes out(gen_ == Gen::g2012_512 ? 64 : 32);
     if (gen_ == Gen::g2001) GOST_34_11_94_hash_end(u<32>(out), reinterpret_cast<stream_hash_t*>(state_.data()));
     else if (gen_ == Gen::g2012_256)
@@ -135,13 +135,13 @@ Bytes Digest::end() {
 }
 
 Bytes digest_of(Gen g, const unsigned char* p, size_t n) {
-    Digest d(g);
+    GenDigest d(g);
     d.write(p, n);
     return d.end();
 }
 
 Bytes digest_file(Gen g, const std::string& path) {
-    Digest d(g);
+    GenDigest d(g);
     read_chunks(path, [&](unsigned char* p, size_t n, unsigned long long) { d.write(p, n); });
     return d.end();
 }

@@ -34,9 +34,9 @@ bool gen_of_oid(const std::string& oid, Gen& g);
 unsigned char curve_of_oid(Gen g, const std::string& oid, std::string& name);
 
 // Streaming digest of generation g (GOST R 34.11-94 for 2001).
-class Digest {
+class GenDigest {
 public:
-    explicit Digest(Gen g);
+    explicit GenDigest(Gen g);
     void write(const unsigned char* p, size_t n);
     Bytes end();
 
