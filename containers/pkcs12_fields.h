@@ -3,6 +3,8 @@
 #ifndef KORVEX_CONTAINERS_PKCS12_FIELDS_H
 #define KORVEX_CONTAINERS_PKCS12_FIELDS_H
 
+#include "encoding/der.h"
+
 namespace kx {
 namespace p12 {
 
@@ -55,7 +57,7 @@ inline unsigned number_value(const unsigned char* p, unsigned n) {
     return v;
 }
 
-inline bool accepted_tag(unsigned char t) { return t == 0x02 || t == 0x04 || t == 0x06 || t == 0x30; }
+inline bool accepted_tag(unsigned char t) { return t == kTagInt || t == kTagOctets || t == kTagOid || t == kTagSeq; }
 
 // Content of the element whose tag is at buf + offset, when its tag is one of
 // 02, 04, 06, 30 and len content octets fit before buf + size; else null. The

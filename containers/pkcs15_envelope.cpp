@@ -91,9 +91,9 @@ struct EnvelopeLayout {
 
 EnvelopeLayout layout(const Generation& g, unsigned len) {
     EnvelopeLayout l;
-    l.element = wrapped_size(len);
-    l.info = g.enc_info_len + wrapped_size(l.element);
-    l.total = g.recipient_len + wrapped_size(l.info);
+    l.element = wrapped(len);
+    l.info = g.enc_info_len + wrapped(l.element);
+    l.total = g.recipient_len + wrapped(l.info);
     return l;
 }
 
@@ -115,14 +115,14 @@ unsigned envelope(const Generation& g, uint8_t* data, unsigned len, type_uN<32>*
         return 0;
     }
     uint8_t* info = out + g.recipient_len;
-    uint8_t* tpl = info + hdr_size(l.info);
-    uint8_t* element = tpl + g.enc_info_len + hdr_size(l.element);
+    uint8_t* tpl = info + header_size(l.info);
+    uint8_t* element = tpl + g.enc_info_len + header_size(l.element);
     // The value goes in first: it may lie at out itself.
-    move(element + hdr_size(len), data, len);
-    put_header(element, 0x04, len);
-    put_header(tpl + g.enc_info_len, 0x80, static_cast<unsigned>(l.element));
+    move(element + header_size(len), data, len);
+    put_header(element, kTagOctets, len);
+    put_header(tpl + g.enc_info_len, tag_ctx_prim(0), static_cast<unsigned>(l.element));
     copy(tpl, g.enc_info, g.enc_info_len);
-    put_header(info, 0x30, static_cast<unsigned>(l.info));
+    put_header(info, kTagSeq, static_cast<unsigned>(l.info));
     copy(out, g.recipient, g.recipient_len);
     Envelope env = {out + g.ukm_at,  out + g.wrapped_at, out + g.wrap_mac_at,
                     tpl + g.iv_at, element,           static_cast<unsigned>(l.element)};
