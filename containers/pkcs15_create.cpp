@@ -32,11 +32,6 @@ enum : unsigned {
 // second octet: derive, nonRepudiation.
 enum : uint8_t { kDecrypt = 0x40, kSign = 0x30, kUnwrap = 0x04, kDerive = 0x80, kNonRep = 0x40 };
 
-// Size of t1 { t2 { t3 { attributes, A1 { A2 { envelope } } } } }.
-unsigned object_size(unsigned attrs_len, unsigned env) {
-    return wrapped(wrapped(wrapped(attrs_len + wrapped(wrapped(env)))));
-}
-
 // Writes one object at p; returns the position behind it, null when the
 // generator fails.
 uint8_t* write_object(const Generation& g, uint8_t* p, const uint8_t tags[3], const uint8_t* attrs, unsigned attrs_len,
@@ -90,8 +85,8 @@ unsigned create(const Generation& g, uint8_t* out, const uint8_t* key, unsigned 
                 uint8_t* password, unsigned char passwordLen, bool mapped, unsigned short usage) {
     uint8_t attrs[32];
     unsigned attrs_len = key_attributes(mapped, usage, attrs);
-    unsigned both = object_size(sizeof kRandomAttrs, envelope_size(g, kRandomLen)) +
-                    object_size(attrs_len, envelope_size(g, keyLen));
+    unsigned both = object_len(sizeof kRandomAttrs, envelope_size(g, kRandomLen)) +
+                    object_len(attrs_len, envelope_size(g, keyLen));
     unsigned objects = wrapped(both);
     unsigned token = wrapped(g.pwd_header_len + objects);
     unsigned octets = wrapped(token);

@@ -151,15 +151,7 @@ namespace {
 // attributes of 31 (one usage-flag octet), a 32-octet key.
 constexpr unsigned kRandomAttrsLen = 26, kKeyAttrsLen = 31;
 
-// Enveloped value of len octets: recipient, 30 { enc_info, 80 { 04 { value } } }.
-constexpr uint64_t envelope_len(const Generation& g, uint64_t len) {
-    return g.recipient_len + wrapped(g.enc_info_len + wrapped(wrapped(len)));
-}
-// t1 { t2 { t3 { attributes, A1 { A2 { envelope } } } } } and where its A2
-// content starts.
-constexpr uint64_t object_len(uint64_t attrs, uint64_t env) {
-    return wrapped(wrapped(wrapped(attrs + wrapped(wrapped(env)))));
-}
+// Where the A2 content of an object (object_len) starts.
 constexpr uint64_t a2_at(uint64_t attrs, uint64_t env) {
     uint64_t i3 = attrs + wrapped(wrapped(env));
     return header_size(wrapped(wrapped(i3))) + header_size(wrapped(i3)) + header_size(i3) + attrs +

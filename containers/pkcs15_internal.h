@@ -111,6 +111,16 @@ void decrypt_in_place(const Generation& g, const Envelope& env, type_uN<32>* kek
 void seal_envelope(const Generation& g, const Envelope& env, type_uN<32>* kek, uint8_t* cek32, const uint8_t* iv8,
                    const uint8_t* ukm8);
 
+// Size of an enveloped value of len octets: recipient, 30 { enc_info,
+// 80 { 04 { value } } }. The same sums give the 2001 form's fixed offsets at
+// compile time (pkcs15_generation.cpp).
+constexpr uint64_t envelope_len(const Generation& g, uint64_t len) {
+    return g.recipient_len + wrapped(g.enc_info_len + wrapped(wrapped(len)));
+}
+// Size of an object t1 { t2 { t3 { attributes, A1 { A2 { envelope } } } } }.
+constexpr uint64_t object_len(uint64_t attrs, uint64_t env) {
+    return wrapped(wrapped(wrapped(attrs + wrapped(wrapped(env)))));
+}
 unsigned envelope_size(const Generation& g, unsigned len);
 // pkcs15_content_create for a generation.
 unsigned envelope(const Generation& g, uint8_t* data, unsigned len, type_uN<32>* kek, uint8_t* out);
