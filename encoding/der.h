@@ -131,9 +131,7 @@ struct DerCursor {
 
 inline DerCursor children(const Der& e) { return DerCursor{e.val, e.end}; }
 
-// Free forms of the cursor steps, for walks written as sequences of tests.
-inline bool der_next(DerCursor& c, Der& e) { return c.next(e); }
-inline bool der_next(DerCursor& c, uint8_t tag, Der& e) { return c.next(tag, e); }
+// The first child of e (carrying tag).
 inline bool der_first(const Der& e, Der& c) { return children(e).next(c); }
 inline bool der_first(const Der& e, uint8_t tag, Der& c) { return children(e).next(tag, c); }
 

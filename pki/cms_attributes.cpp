@@ -283,7 +283,7 @@ KORVEX_API unsigned char* CMS_SignedAttr_find_msg_digest_value_field(unsigned ch
     Der a, attr;
     if (!der_top(signedAttrs, a) || a.t() != kTagCtx0) return nullptr;
     DerCursor it = children(a);
-    while (der_next(it, attr)) {
+    while (it.next(attr)) {
         if (attr.t() != kTagSeq) return nullptr;
         // SEQUENCE { messageDigest OID, SET { OCTET STRING (32) } }
         if (attr.len() == kMessageDigestAttrLen &&
@@ -298,15 +298,15 @@ KORVEX_API cms_mime_type_t CMS_SignedAttr_MIME_type(unsigned char* signedAttrs) 
     Der a, attr, values, value, e;
     if (!der_top(signedAttrs, a) || a.len() == 0 || a.val[0] != kTagSeq) return none;
     DerCursor it = children(a);
-    while (der_next(it, attr)) {
+    while (it.next(attr)) {
         if (!fits(attr.val, sizeof kContentTypeOid, attr.end) ||
             !kx::equal(attr.val, kContentTypeOid, sizeof kContentTypeOid))
             continue;
         DerCursor in = children(attr);
-        if (!der_next(in, e) || !der_next(in, kTagSet, values) || !der_first(values, kTagSeq, value))
+        if (!in.next(e) || !in.next(kTagSet, values) || !der_first(values, kTagSeq, value))
             return none;
         DerCursor v = children(value);
-        if (!der_next(v, e) || !der_next(v, kTagOctets, e)) return none;
+        if (!v.next(e) || !v.next(kTagOctets, e)) return none;
         return cms_mime_type_t{e.val, e.len()};
     }
     return none;

@@ -18,8 +18,8 @@ bool signer_fields(unsigned char* cert, Der& c, Der& issuer, Der& serial) {
     Der tbs, e;
     if (!enter_tbs(cert, c, tbs)) return false;
     DerCursor it = children(tbs);
-    if (!der_next(it, kTagCtx0, e) || !der_next(it, kTagInt, serial) || !der_next(it, kTagSeq, e) ||
-        !der_next(it, kTagSeq, issuer))
+    if (!it.next(kTagCtx0, e) || !it.next(kTagInt, serial) || !it.next(kTagSeq, e) ||
+        !it.next(kTagSeq, issuer))
         return false;
     return serial.len() != 0 && issuer.len() != 0;
 }
@@ -102,44 +102,44 @@ KORVEX_API cms_signed_data_t CMS_SignedData_parse(unsigned char* msg) {
     Der ci, e, sd, algs, alg, oid, encap, si;
     if (!der_top(msg, ci) || ci.t() != kTagSeq) return r;
     DerCursor it = children(ci);
-    if (!der_next(it, e) || !oid_is(e, kSignedDataOid, sizeof kSignedDataOid)) return r;
-    if (!der_next(it, kTagCtx0, e) || !der_first(e, kTagSeq, sd)) return r;
+    if (!it.next(e) || !oid_is(e, kSignedDataOid, sizeof kSignedDataOid)) return r;
+    if (!it.next(kTagCtx0, e) || !der_first(e, kTagSeq, sd)) return r;
 
     it = children(sd);
-    if (!der_next(it, kTagInt, e) || !der_next(it, kTagSet, algs)) return r;
+    if (!it.next(kTagInt, e) || !it.next(kTagSet, algs)) return r;
     if (!der_first(algs, alg) || !der_first(alg, oid) || !oid_is(oid, kDigestOid, sizeof kDigestOid)) return r;
-    if (!der_next(it, kTagSeq, encap)) return r;
+    if (!it.next(kTagSeq, encap)) return r;
     DerCursor in = children(encap);
-    if (!der_next(in, kTagOid, e)) return r;
+    if (!in.next(kTagOid, e)) return r;
     Der wrapper, octets;
-    if (der_next(in, kTagCtx0, wrapper) && der_first(wrapper, kTagOctets, octets)) {
+    if (in.next(kTagCtx0, wrapper) && der_first(wrapper, kTagOctets, octets)) {
         r.content = octets.val;
         r.content_len = octets.len();
     }
 
-    if (!der_next(it, e)) return r;
+    if (!it.next(e)) return r;
     if (e.t() == kTagCtx0) {  // certificates: only the first is used
         Der cert;
         if (der_first(e, cert) && cert.t() == kTagSeq) {
             r.certificate = cert.tag;
             r.certificate_len = cert.size();
         }
-        if (!der_next(it, e)) return r;
+        if (!it.next(e)) return r;
     }
-    if (e.t() == kTagCtx1 && !der_next(it, e)) return r;  // crls
+    if (e.t() == kTagCtx1 && !it.next(e)) return r;  // crls
     if (e.t() != kTagSet || !der_first(e, kTagSeq, si)) return r;  // only the first signer
 
     in = children(si);
-    if (!der_next(in, kTagInt, e) || !der_next(in, kTagSeq, e)) return r;
+    if (!in.next(kTagInt, e) || !in.next(kTagSeq, e)) return r;
     r.signer_id = e.tag;
     r.signer_id_len = e.size();
-    if (!der_next(in, kTagSeq, e) || !der_next(in, e)) return r;
+    if (!in.next(kTagSeq, e) || !in.next(e)) return r;
     if (e.t() == kTagCtx0) {
         r.signed_attrs = e.tag;
         r.signed_attrs_len = e.size();
-        if (!der_next(in, e)) return r;
+        if (!in.next(e)) return r;
     }
-    if (e.t() != kTagSeq || !der_next(in, kTagOctets, e)) return r;
+    if (e.t() != kTagSeq || !in.next(kTagOctets, e)) return r;
     r.signature = e.val;
     r.signature_len = e.len();
     r.status = 0;

@@ -21,7 +21,7 @@ bool find_spki(unsigned char* cert, Der& spki) {
     Der tbs;
     if (!enter_tbs(cert, tbs) || tbs.len() == 0) return false;
     DerCursor it = children(tbs);
-    while (der_next(it, spki))
+    while (it.next(spki))
         if (spki.t() == kTagSeq && spki.len() != 0 && spki.val[0] == kTagSeq) return true;
     return false;
 }
@@ -33,7 +33,7 @@ bool param_set_oid(unsigned char* cert, Der& oid, unsigned char*& limit) {
     Der spki, alg, skip, params;
     if (!find_spki(cert, spki) || !der_first(spki, kTagSeq, alg)) return false;
     DerCursor it = children(alg);
-    if (!der_next(it, kTagOid, skip) || !der_next(it, kTagSeq, params)) return false;
+    if (!it.next(kTagOid, skip) || !it.next(kTagSeq, params)) return false;
     if (!der_first(params, kTagOid, oid)) return false;
     limit = params.end;
     return true;
@@ -58,7 +58,7 @@ bool public_key_octets(unsigned char* cert, Der& key) {
     Der spki, bits;
     if (!find_spki(cert, spki)) return false;
     DerCursor it = children(spki);
-    if (!der_next(it, key) || !der_next(it, kTagBitString, bits)) return false;
+    if (!it.next(key) || !it.next(kTagBitString, bits)) return false;
     // The key is an OCTET STRING wrapped in the BIT STRING after its
     // unused-bits octet.
     if (bits.len() < 2 || bits.val[1] != kTagOctets) return false;

@@ -29,7 +29,7 @@ KORVEX_API unsigned int x_509_check_certificate(unsigned char* cert, unsigned ch
     Der c, tbs, alg, bits;
     if (!verification_key(issuerCert ? issuerCert : cert, key, sel) || !enter_tbs(cert, c, tbs)) return 0;
     DerCursor it{tbs.end, c.end};
-    if (!der_next(it, alg) || !der_next(it, kTagBitString, bits) || bits.len() < 65) return 0;
+    if (!it.next(alg) || !it.next(kTagBitString, bits) || bits.len() < 65) return 0;
 
     type_uN<32> hash;
     GOST_34_11_94_hash(tbs.tag, tbs.size(), nullptr, &hash);
