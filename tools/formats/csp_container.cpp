@@ -83,13 +83,19 @@ struct Copy {
 bool csp_folder(const std::string& dir) {
     const std::string path = dir + "/header.key";
     if (!exists(path)) return false;
+    // A well-formed header.key without the public-key fingerprint is the
+    // library's own format (it only carries the certificate); one that is not
+    // well-formed is read, and refused, as a damaged CSP header.
     try {
         Bytes h = read_small(path);
-        for (const Tlv& t : tlv_children(header_parts(h, path)[0], path.c_str()))
+        auto parts = tlv_children(whole(h, path), path.c_str());
+        if (parts.empty() || !parts[0].cons) return true;
+        for (const Tlv& t : tlv_children(parts[0], path.c_str()))
             if (ctx(t, 10)) return true;
+        return false;
     } catch (const Error&) {
+        return true;
     }
-    return false;
 }
 
 CspHeader csp_header(const std::string& dir) {

@@ -13,9 +13,9 @@
 
 namespace formats {
 
-// True when DIR/header.key has the shape CSP writes (a SEQUENCE holding the
-// container description and its 4-byte MAC). Such folders are read here;
-// other folders (the library's own container format) are not.
+// True when DIR has a header.key that is not the library's own (a well-formed
+// header without the public-key fingerprint): such folders are read here,
+// the others by the library's container functions.
 bool csp_folder(const std::string& dir);
 
 struct CspHeader {
