@@ -129,12 +129,18 @@ CspHeader csp_header(const std::string& dir) {
         } else if (ctx(t, 10) && !t.cons) {
             out.fingerprint = t.value();
         } else if (ctx(t, 12) && t.cons) {
-            out.key_not_after = key_not_after(t, what);
+            try {  // informative only: an extension of another shape is passed over
+                out.key_not_after = key_not_after(t, what);
+            } catch (const Error&) {
+            }
         }
     }
     if (!have_params || out.fingerprint.size() != 8) throw Error(path + ": no key parameters or fingerprint");
-    if (out.digest_oid == "1.2.643.2.2.30.1") out.gen = Gen::gost2001;
-    else out.gen = gen_of_alg(out.alg_oid);
+    try {
+        out.gen = out.digest_oid == "1.2.643.2.2.30.1" ? Gen::gost2001 : gen_of_alg(out.alg_oid);
+    } catch (const Error& e) {
+        throw Error(path + ": " + e.what());
+    }
     if ((out.gen == Gen::gost2001) != mac_a) throw Error(path + ": its MAC does not fit its key's generation");
     PrivateKey probe;  // generation and curve agree, and the library has the curve
     probe.gen = out.gen;
