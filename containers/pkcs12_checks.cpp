@@ -10,45 +10,30 @@ namespace {
 using namespace kx;
 using namespace kx::p12;
 
-// A forward reader over [p, end) for the container's own length form: every
-// step is checked against end, but entering an element keeps the outer end
-// (the checks step over SEQUENCE lengths, they do not compare them), which is
-// why this is not the library's DER cursor.
+// A forward reader over [p, end) in the container's length form: every step
+// is checked against end, but entering an element keeps the outer end (the
+// checks step over SEQUENCE lengths, they do not compare them).
 struct Cursor {
     unsigned char* p;
     const unsigned char* end;
 };
 
-// Lengths here never take more than the three octets pkcs12_ber_code writes.
-constexpr unsigned kMaxLengthOctets = 3;
-
-// Reads the length octets at c.p; false when they do not end within bounds.
-bool read_length(Cursor& c, unsigned& len) {
-    if (c.p >= c.end) return false;
-    unsigned room = static_cast<unsigned>(c.end - c.p);
-    unsigned n = number_octets(c.p, room < kMaxLengthOctets ? room : kMaxLengthOctets);
-    if (n == 0) return false;
-    len = number_value(c.p, n);
-    c.p += n;
-    return true;
-}
-
 // Tag check and step into the element (past tag and length).
 bool enter(Cursor& c, unsigned char tag, unsigned* len = nullptr) {
     if (c.p >= c.end || *c.p != tag) return false;
-    ++c.p;
-    unsigned l;
-    if (!read_length(c, l)) return false;
+    uint32_t l = 0;
+    unsigned n = BerLength::read(c.p + 1, static_cast<size_t>(c.end - c.p - 1), l);
+    if (n == 0) return false;
+    c.p += 1 + n;
     if (len) *len = l;
     return true;
 }
 
-// Tag check and step over the whole element.
+// Tag check and step over the whole element, which must end within bounds.
 bool skip(Cursor& c, unsigned char tag) {
-    unsigned len;
-    if (!enter(c, tag, &len)) return false;
-    if (len > static_cast<unsigned>(c.end - c.p)) return false;
-    c.p += len;
+    Der e;
+    if (c.p >= c.end || *c.p != tag || !element_at<BerLength>(c.p, c.end, e)) return false;
+    c.p = e.end;
     return true;
 }
 

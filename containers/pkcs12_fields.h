@@ -4,6 +4,7 @@
 #define KORVEX_CONTAINERS_PKCS12_FIELDS_H
 
 #include "encoding/der.h"
+#include "pkcs12.h"
 
 namespace kx {
 namespace p12 {
@@ -56,6 +57,19 @@ inline unsigned number_value(const unsigned char* p, unsigned n) {
     for (unsigned i = 0; i < n; ++i) v = (v << 7) | (p[i] & 0x7Fu);
     return v;
 }
+
+// The container's length form (pkcs12_ber_code) for the library's DER reader
+// and writer: a base-128 number of at most three octets.
+constexpr unsigned kMaxBerOctets = 3;
+struct BerLength {
+    static unsigned read(const uint8_t* q, size_t room, uint32_t& len) {
+        unsigned n = number_octets(q, room < kMaxBerOctets ? static_cast<unsigned>(room) : kMaxBerOctets);
+        if (n) len = number_value(q, n);
+        return n;
+    }
+    // Every length the container writes is below 64 KiB.
+    static unsigned put(uint8_t* q, uint32_t n) { return pkcs12_ber_code(&q, static_cast<unsigned short>(n)); }
+};
 
 inline bool accepted_tag(unsigned char t) { return t == kTagInt || t == kTagOctets || t == kTagOid || t == kTagSeq; }
 

@@ -1,6 +1,5 @@
-// Internal to the PKCS#12 container: the library's DER writer adapted to the
-// container's own length form (pkcs12_ber_code, big-endian base-128), and
-// writers of its elements.
+// Internal to the PKCS#12 container: the library's DER writer on the
+// container's own length form (BerLength), and writers of its elements.
 #ifndef KORVEX_CONTAINERS_PKCS12_WRITER_H
 #define KORVEX_CONTAINERS_PKCS12_WRITER_H
 
@@ -11,13 +10,6 @@
 namespace kx {
 namespace p12 {
 
-// The container's length form: every length it writes is below 64 KiB.
-struct BerLength {
-    static unsigned put(uint8_t* p, uint32_t n) {
-        uint8_t* q = p;
-        return pkcs12_ber_code(&q, static_cast<unsigned short>(n));
-    }
-};
 using Writer = SizedWriter<BerLength>;
 
 // 06 09 1.2.840.113549.1.a.b

@@ -8,8 +8,8 @@ namespace {
 
 // Content length at p, 0 for the indefinite and over-long forms.
 inline unsigned int content_length(const unsigned char* p) {
-    unsigned int h = kx::header_at(p);
-    return h == 0 ? 0 : kx::length_at(p, h);
+    unsigned int k = kx::length_octets(p + 1);
+    return k == 0 ? 0 : kx::length_value(p + 1, k);
 }
 
 }  // namespace

@@ -6,6 +6,9 @@
 // through a cursor limited by the element, so no step can leave its parent
 // (the way BearSSL's and Botan's readers work). Only the outermost element is
 // taken on trust: the interface hands over pointers without buffer lengths.
+// Reader and writer take the length form as a parameter: DerLength here, the
+// PKCS#12 container's own base-128 form in its adapter (BerLength,
+// containers/pkcs12_fields.h).
 //
 // Writing is done in two passes over the same sizes: first every element's
 // content size is added up with wrapped() (in 64 bits, so that a result too
@@ -45,27 +48,42 @@ constexpr uint64_t wrapped(uint64_t n) { return header_size(n) + n; }
 // The largest size the interface's 32-bit results can carry.
 constexpr uint64_t kMaxSize = 0xFFFFFFFFu;
 
-// Header size of the element at p from its first two octets (the further
-// length octets are not looked at); 0 for the indefinite and over-long forms.
-inline unsigned header_at(const uint8_t* p) {
-    unsigned first = p[1];
-    if (first < 0x80) return 2;
+// Count of the length octets starting at q, from the first one alone (1 for
+// the short form, 2..5 for the long form); 0 for the indefinite and over-long
+// forms.
+inline unsigned length_octets(const uint8_t* q) {
+    unsigned first = q[0];
+    if (first < 0x80) return 1;
     unsigned n = first & 0x7F;  // 0 here is the indefinite form
-    return n == 0 || n > kMaxLengthOctets ? 0 : n + 2;
+    return n == 0 || n > kMaxLengthOctets ? 0 : n + 1;
 }
-// Content length of the element at p whose header has h octets (h from
-// header_at, not 0). Non-minimal long forms (81 05, leading zero octets) are
-// taken as they stand.
-inline uint32_t length_at(const uint8_t* p, unsigned h) {
-    if (h == 2) return p[1];
+// Value of the k length octets at q (k from length_octets, not 0).
+// Non-minimal long forms (81 05, leading zero octets) are taken as they stand.
+inline uint32_t length_value(const uint8_t* q, unsigned k) {
+    if (k == 1) return q[0];
     uint32_t len = 0;
-    for (unsigned i = 2; i < h; ++i) len = (len << 8) | p[i];
+    for (unsigned i = 1; i < k; ++i) len = (len << 8) | q[i];
     return len;
 }
+// Header size of the element at p from its first two octets; 0 when its
+// length octets are not read (see length_octets).
+inline unsigned header_at(const uint8_t* p) {
+    unsigned k = length_octets(p + 1);
+    return k ? k + 1 : 0;
+}
 
-// The DER length form: writes the length octets of n at p; returns their
-// count (header_size(n) - 1).
+// The DER length form. A length form reads and writes the length octets that
+// follow the tag octet.
 struct DerLength {
+    // Reads the length octets at q with room octets readable; returns their
+    // count, 0 when they are malformed or do not fit.
+    static unsigned read(const uint8_t* q, size_t room, uint32_t& len) {
+        unsigned k = room ? length_octets(q) : 0;
+        if (k == 0 || room < k) return 0;
+        len = length_value(q, k);
+        return k;
+    }
+    // Writes the length octets of n; returns their count (header_size(n) - 1).
     static unsigned put(uint8_t* p, uint32_t n) {
         unsigned k = header_size(n) - 1;
         if (k == 1) {
@@ -99,9 +117,24 @@ inline bool fits(const uint8_t* p, uint64_t n, const uint8_t* limit) {
     return p <= limit && static_cast<uint64_t>(limit - p) >= n;
 }
 
-// Reads the element at p, which must end at or before limit. A null limit
-// means the element is the outermost one and is taken on trust; a null p
-// fails.
+// Reads the element at p, whose lengths are in the form Length, which must
+// end at or before limit. A null limit means the element is the outermost one
+// and is taken on trust; a null p fails.
+template <class Length>
+bool element_at(uint8_t* p, const uint8_t* limit, Der& e) {
+    // The tag and the first length octet must be inside before the length is
+    // looked at, the further length octets before they are read.
+    if (p == nullptr || (limit && !fits(p, 2, limit))) return false;
+    uint32_t len = 0;
+    unsigned k = Length::read(p + 1, limit ? static_cast<size_t>(limit - p - 1) : SIZE_MAX, len);
+    if (k == 0 || (limit && !fits(p + 1 + k, len, limit))) return false;
+    e.tag = p;
+    e.val = p + 1 + k;
+    e.end = e.val + len;
+    return true;
+}
+
+// The DER element at p (element_at for DerLength).
 bool der_at(uint8_t* p, const uint8_t* limit, Der& e);
 
 // The outermost element at p.
@@ -136,9 +169,8 @@ inline bool der_first(const Der& e, Der& c) { return children(e).next(c); }
 inline bool der_first(const Der& e, uint8_t tag, Der& c) { return children(e).next(tag, c); }
 
 // ---- Writing ----------------------------------------------------------------
-// The second pass: headers and octets written front to back. Length is the
-// length form: DerLength here, the PKCS#12 container's own base-128 form in
-// its adapter (containers/pkcs12_writer.h).
+// The second pass: headers and octets written front to back in the length
+// form Length.
 template <class Length>
 struct SizedWriter {
     uint8_t* p;
