@@ -14,6 +14,7 @@
 #include <stdint.h>
 
 #include "ec/bignum.h"
+#include "ec/mul_row.h"
 
 namespace kx {
 namespace fe {
@@ -29,6 +30,7 @@ constexpr uint64_t mask(uint64_t bit) { return 0 - bit; }
 template <unsigned W>
 constexpr uint64_t add_c(N<W>& r, const N<W>& a, const N<W>& b) {
     uint64_t c = 0;
+#pragma GCC unroll 16
     for (unsigned i = 0; i < W; ++i) {
         u128 s = static_cast<u128>(a.w[i]) + b.w[i] + c;
         r.w[i] = static_cast<uint64_t>(s);
@@ -41,6 +43,7 @@ constexpr uint64_t add_c(N<W>& r, const N<W>& a, const N<W>& b) {
 template <unsigned W>
 constexpr uint64_t sub_b(N<W>& r, const N<W>& a, const N<W>& b) {
     uint64_t c = 0;
+#pragma GCC unroll 16
     for (unsigned i = 0; i < W; ++i) {
         u128 d = static_cast<u128>(a.w[i]) - b.w[i] - c;
         r.w[i] = static_cast<uint64_t>(d);
@@ -52,6 +55,7 @@ constexpr uint64_t sub_b(N<W>& r, const N<W>& a, const N<W>& b) {
 // r = m ? a : b for m all-ones or zero.
 template <unsigned W>
 constexpr void select(N<W>& r, uint64_t m, const N<W>& a, const N<W>& b) {
+#pragma GCC unroll 16
     for (unsigned i = 0; i < W; ++i) r.w[i] = (a.w[i] & m) | (b.w[i] & ~m);
 }
 
@@ -59,6 +63,7 @@ constexpr void select(N<W>& r, uint64_t m, const N<W>& a, const N<W>& b) {
 template <unsigned W>
 constexpr uint64_t zero_mask(const N<W>& a) {
     uint64_t acc = 0;
+#pragma GCC unroll 16
     for (unsigned i = 0; i < W; ++i) acc |= a.w[i];
     return mask(((acc | (0 - acc)) >> 63) ^ 1);
 }
@@ -106,41 +111,25 @@ constexpr void sub(N<W>& r, const N<W>& a, const N<W>& b, const N<W>& m) {
     add_c(r, d, mm);
 }
 
-// The full product of a and b in t[0..2W-1]. Loops are unrolled: W is a
-// constant.
-template <unsigned W>
-constexpr void full_product(uint64_t (&t)[2 * W + 1], const N<W>& a, const N<W>& b) {
-#pragma GCC unroll 4
-    for (unsigned i = 0; i < W; ++i) {
-        uint64_t c = 0;
-#pragma GCC unroll 8
-        for (unsigned j = 0; j < W; ++j) {
-            u128 s = static_cast<u128>(a.w[j]) * b.w[i] + t[i + j] + c;
-            t[i + j] = static_cast<uint64_t>(s);
-            c = static_cast<uint64_t>(s >> 64);
-        }
-        t[i + W] = c;
-    }
+// One row: t[0..W-1] += a * b, the carry out returned (ec/mul_row.h).
+template <unsigned W, bool Adx>
+constexpr uint64_t row(uint64_t* t, const uint64_t* a, uint64_t b) {
+    if constexpr (Adx) return row_adx<W>(t, a, b);
+    return row_portable<W>(t, a, b);
 }
 
 // m = 2^(64W) - c: the high half folds in as hi * c, twice; the residue is
 // then below 2^(64W) < 2m and one subtraction finishes.
-template <unsigned W>
-constexpr void special_reduce(N<W>& r, const uint64_t (&t)[2 * W + 1], const Mod<W>& M) {
+template <unsigned W, bool Adx>
+constexpr void special_reduce(N<W>& r, uint64_t (&t)[2 * W], const Mod<W>& M) {
+    uint64_t carry = row<W, Adx>(t, t + W, M.c);
+    u128 s = static_cast<u128>(carry) * M.c + t[0];
     N<W> lo{};
-    uint64_t carry = 0;
-#pragma GCC unroll 8
-    for (unsigned i = 0; i < W; ++i) {
-        u128 s = static_cast<u128>(t[W + i]) * M.c + t[i] + carry;
-        lo.w[i] = static_cast<uint64_t>(s);
-        carry = static_cast<uint64_t>(s >> 64);
-    }
-    u128 s = static_cast<u128>(carry) * M.c + lo.w[0];
     lo.w[0] = static_cast<uint64_t>(s);
     uint64_t cc = static_cast<uint64_t>(s >> 64);
-#pragma GCC unroll 8
+#pragma GCC unroll 16
     for (unsigned i = 1; i < W; ++i) {
-        s = static_cast<u128>(lo.w[i]) + cc;
+        s = static_cast<u128>(t[i]) + cc;
         lo.w[i] = static_cast<uint64_t>(s);
         cc = static_cast<uint64_t>(s >> 64);
     }
@@ -148,32 +137,34 @@ constexpr void special_reduce(N<W>& r, const uint64_t (&t)[2 * W + 1], const Mod
     reduce_once(r, 0, lo, M.m);
 }
 
-// r = a * b / R mod m: the full product, then the special-form folding or W
-// word-by-word Montgomery reduction steps. Needs a * b < m * R (for instance
-// a < m and any b < R); the result is then below m.
-template <unsigned W>
-__attribute__((always_inline)) constexpr inline void mul(N<W>& r, const N<W>& a, const N<W>& b, const Mod<W>& M) {
-    uint64_t t[2 * W + 1] = {};
-    full_product(t, a, b);
-    if (M.c) return special_reduce(r, t, M);  // public: the modulus decides
+// r = a * b / R mod m: the full product (W rows), then the special-form
+// folding or W word-by-word Montgomery reduction rows.
+template <unsigned W, bool Adx>
+constexpr void mul_rows(N<W>& r, const N<W>& a, const N<W>& b, const Mod<W>& M) {
+    uint64_t t[2 * W] = {};
+#pragma GCC unroll 16
+    for (unsigned i = 0; i < W; ++i) t[i + W] = row<W, Adx>(t + i, a.w, b.w[i]);
+    if (M.c) return special_reduce<W, Adx>(r, t, M);  // public: the modulus decides
     uint64_t top = 0;  // carry above t[2W - 1]
-#pragma GCC unroll 4
+#pragma GCC unroll 16
     for (unsigned i = 0; i < W; ++i) {
-        uint64_t q = t[i] * M.n0, c = 0;
-#pragma GCC unroll 8
-        for (unsigned j = 0; j < W; ++j) {
-            u128 s = static_cast<u128>(q) * M.m.w[j] + t[i + j] + c;
-            t[i + j] = static_cast<uint64_t>(s);
-            c = static_cast<uint64_t>(s >> 64);
-        }
+        uint64_t c = row<W, Adx>(t + i, M.m.w, t[i] * M.n0);
         u128 s = static_cast<u128>(t[i + W]) + c + top;
         t[i + W] = static_cast<uint64_t>(s);
         top = static_cast<uint64_t>(s >> 64);
     }
     N<W> hi{};
-#pragma GCC unroll 8
+#pragma GCC unroll 16
     for (unsigned i = 0; i < W; ++i) hi.w[i] = t[W + i];
     reduce_once(r, top, hi, M.m);
+}
+
+// Needs a * b < m * R (for instance a < m and any b < R); the result is then
+// below m. The asm rows where the processor has them (never at compile time).
+template <unsigned W>
+__attribute__((always_inline)) constexpr inline void mul(N<W>& r, const N<W>& a, const N<W>& b, const Mod<W>& M) {
+    if (!__builtin_is_constant_evaluated() && row_fast<W>()) return mul_rows<W, true>(r, a, b, M);
+    mul_rows<W, false>(r, a, b, M);
 }
 
 template <unsigned W>

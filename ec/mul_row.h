@@ -1,0 +1,94 @@
+// The inner step of the field multiplication: t[0..W-1] += a[0..W-1] * b,
+// returning the word carried out (to be added at t[W]). Both the product
+// (W rows, one per word of b) and the Montgomery or special-form reduction
+// (W rows of q * m, or one row of hi * c) are made of it.
+//
+// On processors with BMI2 and ADX the row is one asm block of mulx with two
+// carry chains (adcx for the low halves, adox for the high halves), which
+// neither GCC nor clang produce from C; elsewhere it is portable
+// unsigned __int128 code. The choice is a cached CPU probe, the same on
+// every call: it does not depend on the operands. Both run in constant time.
+#ifndef KORVEX_EC_MUL_ROW_H
+#define KORVEX_EC_MUL_ROW_H
+
+#include <stdint.h>
+
+#include "core/cpu.h"
+
+namespace kx {
+namespace fe {
+
+template <unsigned W>
+constexpr uint64_t row_portable(uint64_t* t, const uint64_t* a, uint64_t b) {
+    uint64_t c = 0;
+#pragma GCC unroll 16
+    for (unsigned j = 0; j < W; ++j) {
+        unsigned __int128 s = static_cast<unsigned __int128>(a[j]) * b + t[j] + c;
+        t[j] = static_cast<uint64_t>(s);
+        c = static_cast<uint64_t>(s >> 64);
+    }
+    return c;
+}
+
+// Step j > 0: lo:hiB = a[j] * b; t[j] += lo + CF (adcx) + hiA + OF (adox).
+#define KX_ROW_STEP(off, hA, hB)                        \
+    "mulx " off "(%[a]), %[lo], %[" hB "]\n\t"          \
+    "adcx " off "(%[t]), %[lo]\n\t"                     \
+    "adox %[" hA "], %[lo]\n\t"                         \
+    "movq %[lo], " off "(%[t])\n\t"
+
+#define KX_ROW_HEAD                                     \
+    "xorl %k[z], %k[z]\n\t"                             \
+    "mulx (%[a]), %[lo], %[h0]\n\t"                     \
+    "adcx (%[t]), %[lo]\n\t"                            \
+    "movq %[lo], (%[t])\n\t"
+
+// The last high half plus both carries cannot overflow: it is at most 2^64 - 2.
+#define KX_ROW_TAIL(h)                                  \
+    "adcx %[z], %[" h "]\n\t"                           \
+    "adox %[z], %[" h "]\n\t"
+
+inline uint64_t row_adx4(uint64_t* t, const uint64_t* a, uint64_t b) {
+    uint64_t lo, h0, h1, z;
+    __asm__ volatile(KX_ROW_HEAD KX_ROW_STEP("8", "h0", "h1") KX_ROW_STEP("16", "h1", "h0")
+                         KX_ROW_STEP("24", "h0", "h1") KX_ROW_TAIL("h1")
+                     : [lo] "=&r"(lo), [h0] "=&r"(h0), [h1] "=&r"(h1), [z] "=&r"(z)
+                     : [a] "r"(a), [t] "r"(t), "d"(b)
+                     : "cc", "memory");
+    return h1;
+}
+
+inline uint64_t row_adx8(uint64_t* t, const uint64_t* a, uint64_t b) {
+    uint64_t lo, h0, h1, z;
+    __asm__ volatile(KX_ROW_HEAD KX_ROW_STEP("8", "h0", "h1") KX_ROW_STEP("16", "h1", "h0")
+                         KX_ROW_STEP("24", "h0", "h1") KX_ROW_STEP("32", "h1", "h0")
+                             KX_ROW_STEP("40", "h0", "h1") KX_ROW_STEP("48", "h1", "h0")
+                                 KX_ROW_STEP("56", "h0", "h1") KX_ROW_TAIL("h1")
+                     : [lo] "=&r"(lo), [h0] "=&r"(h0), [h1] "=&r"(h1), [z] "=&r"(z)
+                     : [a] "r"(a), [t] "r"(t), "d"(b)
+                     : "cc", "memory");
+    return h1;
+}
+
+#undef KX_ROW_STEP
+#undef KX_ROW_HEAD
+#undef KX_ROW_TAIL
+
+// Not constexpr-evaluable on the asm path: constexpr callers test
+// __builtin_is_constant_evaluated() first (see field.h).
+template <unsigned W>
+inline uint64_t row_adx(uint64_t* t, const uint64_t* a, uint64_t b) {
+    if (W == 4) return row_adx4(t, a, b);
+    return row_adx8(t, a, b);
+}
+
+// Whether rows run on the asm path (W = 4 or 8 with BMI2 and ADX).
+template <unsigned W>
+inline bool row_fast() {
+    return (W == 4 || W == 8) && cpu_has_bmi2_adx();
+}
+
+}  // namespace fe
+}  // namespace kx
+
+#endif
