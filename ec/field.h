@@ -11,6 +11,7 @@
 #ifndef KORVEX_EC_FIELD_H
 #define KORVEX_EC_FIELD_H
 
+#include <immintrin.h>
 #include <stdint.h>
 
 #include "ec/bignum.h"
@@ -26,11 +27,38 @@ using N = bn::Num<W>;
 // All-ones when bit is 1, zero when 0.
 constexpr uint64_t mask(uint64_t bit) { return 0 - bit; }
 
-// r = a + b + 0; returns the carry.
+// The run-time carry chains (see add_c).
+template <unsigned W>
+inline uint64_t add_c_rt(N<W>& r, const N<W>& a, const N<W>& b) {
+    unsigned char c = 0;
+#pragma GCC unroll 16
+    for (unsigned i = 0; i < W; ++i) {
+        unsigned long long v;
+        c = _addcarry_u64(c, a.w[i], b.w[i], &v);
+        r.w[i] = v;
+    }
+    return c;
+}
+
+template <unsigned W>
+inline uint64_t sub_b_rt(N<W>& r, const N<W>& a, const N<W>& b) {
+    unsigned char c = 0;
+#pragma GCC unroll 16
+    for (unsigned i = 0; i < W; ++i) {
+        unsigned long long v;
+        c = _subborrow_u64(c, a.w[i], b.w[i], &v);
+        r.w[i] = v;
+    }
+    return c;
+}
+
+// r = a + b + 0; returns the carry. At run time the carry chains are the
+// _addcarry_u64 / _subborrow_u64 intrinsics, which both compilers turn into
+// adc / sbb (from unsigned __int128 they do not); at compile time plain C++.
 template <unsigned W>
 constexpr uint64_t add_c(N<W>& r, const N<W>& a, const N<W>& b) {
+    if (!__builtin_is_constant_evaluated()) return add_c_rt(r, a, b);
     uint64_t c = 0;
-#pragma GCC unroll 16
     for (unsigned i = 0; i < W; ++i) {
         u128 s = static_cast<u128>(a.w[i]) + b.w[i] + c;
         r.w[i] = static_cast<uint64_t>(s);
@@ -42,8 +70,8 @@ constexpr uint64_t add_c(N<W>& r, const N<W>& a, const N<W>& b) {
 // r = a - b; returns the borrow (1 when a < b).
 template <unsigned W>
 constexpr uint64_t sub_b(N<W>& r, const N<W>& a, const N<W>& b) {
+    if (!__builtin_is_constant_evaluated()) return sub_b_rt(r, a, b);
     uint64_t c = 0;
-#pragma GCC unroll 16
     for (unsigned i = 0; i < W; ++i) {
         u128 d = static_cast<u128>(a.w[i]) - b.w[i] - c;
         r.w[i] = static_cast<uint64_t>(d);
@@ -124,15 +152,13 @@ template <unsigned W, bool Adx>
 constexpr void special_reduce(N<W>& r, uint64_t (&t)[2 * W], const Mod<W>& M) {
     uint64_t carry = row<W, Adx>(t, t + W, M.c);
     u128 s = static_cast<u128>(carry) * M.c + t[0];
-    N<W> lo{};
-    lo.w[0] = static_cast<uint64_t>(s);
-    uint64_t cc = static_cast<uint64_t>(s >> 64);
+    N<W> lo{}, add{};
 #pragma GCC unroll 16
-    for (unsigned i = 1; i < W; ++i) {
-        s = static_cast<u128>(t[i]) + cc;
-        lo.w[i] = static_cast<uint64_t>(s);
-        cc = static_cast<uint64_t>(s >> 64);
-    }
+    for (unsigned i = 0; i < W; ++i) lo.w[i] = t[i];
+    add.w[0] = static_cast<uint64_t>(s);
+    add.w[1] = static_cast<uint64_t>(s >> 64);
+    lo.w[0] = 0;
+    uint64_t cc = add_c(lo, lo, add);
     lo.w[0] += M.c & mask(cc);  // wrapped: lo < carry * c is tiny, no new carry
     reduce_once(r, 0, lo, M.m);
 }
