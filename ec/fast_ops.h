@@ -47,8 +47,8 @@ inline void comb_mul(bn::Num<W>& x, bn::Num<W>& y, const bn::Num<W>& k, const Co
             uint64_t v = static_cast<uint64_t>(d ^ (j + 1));
             uint64_t m = fe::mask(((v | (0 - v)) >> 63) ^ 1);
             for (unsigned w = 0; w < W; ++w) {
-                e.x.w[w] |= t[i][j][0][w] & m;
-                e.y.w[w] |= t[i][j][1][w] & m;
+                e.x.w[w] |= t[i][j][0][w] & fe::opaque(m);
+                e.y.w[w] |= t[i][j][1][w] & fe::opaque(m);
             }
         }
         uint64_t nz = static_cast<uint64_t>(d);

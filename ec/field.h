@@ -27,6 +27,14 @@ using N = bn::Num<W>;
 // All-ones when bit is 1, zero when 0.
 constexpr uint64_t mask(uint64_t bit) { return 0 - bit; }
 
+// v, hidden from the optimiser: a mask derived from a secret stays a value
+// it must AND with, instead of a condition it may turn into a branch or a
+// load from a secret address (clang does that to a masked table scan).
+inline uint64_t opaque(uint64_t v) {
+    __asm__("" : "+r"(v));
+    return v;
+}
+
 // The run-time carry chains (see add_c).
 template <unsigned W>
 inline uint64_t add_c_rt(N<W>& r, const N<W>& a, const N<W>& b) {
@@ -83,6 +91,7 @@ constexpr uint64_t sub_b(N<W>& r, const N<W>& a, const N<W>& b) {
 // r = m ? a : b for m all-ones or zero.
 template <unsigned W>
 constexpr void select(N<W>& r, uint64_t m, const N<W>& a, const N<W>& b) {
+    if (!__builtin_is_constant_evaluated()) m = opaque(m);
 #pragma GCC unroll 16
     for (unsigned i = 0; i < W; ++i) r.w[i] = (a.w[i] & m) | (b.w[i] & ~m);
 }

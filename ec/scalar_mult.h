@@ -40,7 +40,7 @@ inline void lookup(Jac<W>& r, const Jac<W> (&t)[16], unsigned d) {
     r = Jac<W>{};
     for (unsigned i = 0; i < 16; ++i) {
         uint64_t x = static_cast<uint64_t>(i ^ d);
-        select(r, fe::mask(((x | (0 - x)) >> 63) ^ 1), t[i], r);
+        select(r, fe::opaque(fe::mask(((x | (0 - x)) >> 63) ^ 1)), t[i], r);
     }
 }
 
