@@ -177,8 +177,12 @@ constexpr void special_reduce(N<W>& r, uint64_t (&t)[2 * W], const Mod<W>& M) {
 template <unsigned W, bool Adx>
 constexpr void mul_rows(N<W>& r, const N<W>& a, const N<W>& b, const Mod<W>& M) {
     uint64_t t[2 * W] = {};
+    if constexpr (Adx && W == 4) {
+        product4_adx(t, a.w, b.w);
+    } else {
 #pragma GCC unroll 16
-    for (unsigned i = 0; i < W; ++i) t[i + W] = row<W, Adx>(t + i, a.w, b.w[i]);
+        for (unsigned i = 0; i < W; ++i) t[i + W] = row<W, Adx>(t + i, a.w, b.w[i]);
+    }
     if (M.c) return special_reduce<W, Adx>(r, t, M);  // public: the modulus decides
     uint64_t top = 0;  // carry above t[2W - 1]
 #pragma GCC unroll 16

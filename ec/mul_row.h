@@ -70,6 +70,55 @@ inline uint64_t row_adx8(uint64_t* t, const uint64_t* a, uint64_t b) {
     return h1;
 }
 
+// The full 4 x 4-word product into t[0..7] with the accumulators in
+// registers: rows of mulx / adcx / adox as above, each row's lowest word
+// final and stored as soon as it is, the five live words rotating names.
+#define KX_P4_ROW(off, a1, a2, a3, a4, a0)                      \
+    "movq " off "(%[b]), %%rdx\n\t"                           \
+    "xorl %k[z], %k[z]\n\t"                                  \
+    "mulx (%[a]), %[t0], %[t1]\n\t"                           \
+    "adcx %[t0], %[" a1 "]\n\t"                               \
+    "adox %[t1], %[" a2 "]\n\t"                               \
+    "mulx 8(%[a]), %[t0], %[t1]\n\t"                          \
+    "adcx %[t0], %[" a2 "]\n\t"                               \
+    "adox %[t1], %[" a3 "]\n\t"                               \
+    "mulx 16(%[a]), %[t0], %[t1]\n\t"                         \
+    "adcx %[t0], %[" a3 "]\n\t"                               \
+    "adox %[t1], %[" a4 "]\n\t"                               \
+    "mulx 24(%[a]), %[t0], %[" a0 "]\n\t"                     \
+    "adcx %[t0], %[" a4 "]\n\t"                               \
+    "adox %[z], %[" a0 "]\n\t"                                \
+    "adcx %[z], %[" a0 "]\n\t"                                \
+    "movq %[" a1 "], " off "(%[out])\n\t"
+
+inline void product4_adx(uint64_t* out, const uint64_t* a, const uint64_t* b) {
+    uint64_t A0, A1, A2, A3, A4, t0, t1, z;
+    __asm__ volatile(
+        "movq (%[b]), %%rdx\n\t"
+        "mulx (%[a]), %[A0], %[A1]\n\t"
+        "mulx 8(%[a]), %[t0], %[A2]\n\t"
+        "addq %[t0], %[A1]\n\t"
+        "mulx 16(%[a]), %[t0], %[A3]\n\t"
+        "adcq %[t0], %[A2]\n\t"
+        "mulx 24(%[a]), %[t0], %[A4]\n\t"
+        "adcq %[t0], %[A3]\n\t"
+        "adcq $0, %[A4]\n\t"
+        "movq %[A0], (%[out])\n\t"
+        KX_P4_ROW("8", "A1", "A2", "A3", "A4", "A0")
+        KX_P4_ROW("16", "A2", "A3", "A4", "A0", "A1")
+        KX_P4_ROW("24", "A3", "A4", "A0", "A1", "A2")
+        "movq %[A4], 32(%[out])\n\t"
+        "movq %[A0], 40(%[out])\n\t"
+        "movq %[A1], 48(%[out])\n\t"
+        "movq %[A2], 56(%[out])\n\t"
+        : [A0] "=&r"(A0), [A1] "=&r"(A1), [A2] "=&r"(A2), [A3] "=&r"(A3), [A4] "=&r"(A4), [t0] "=&r"(t0),
+          [t1] "=&r"(t1), [z] "=&r"(z)
+        : [a] "r"(a), [b] "r"(b), [out] "r"(out)
+        : "rdx", "cc", "memory");
+}
+
+#undef KX_P4_ROW
+
 #undef KX_ROW_STEP
 #undef KX_ROW_HEAD
 #undef KX_ROW_TAIL
