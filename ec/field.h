@@ -157,8 +157,43 @@ constexpr uint64_t row(uint64_t* t, const uint64_t* a, uint64_t b) {
 
 // m = 2^(64W) - c: the high half folds in as hi * c, twice; the residue is
 // then below 2^(64W) < 2m and one subtraction finishes.
+template <unsigned W>
+inline void special_reduce_rt(N<W>& r, const uint64_t (&t)[2 * W], const Mod<W>& M) {
+    uint64_t lo[W], hi[W];
+#pragma GCC unroll 16
+    for (unsigned i = 0; i < W; ++i) {
+        u128 p = static_cast<u128>(t[W + i]) * M.c;
+        lo[i] = static_cast<uint64_t>(p);
+        hi[i] = static_cast<uint64_t>(p >> 64);
+    }
+    N<W> s;
+    unsigned long long v;
+    unsigned char c1 = 0, c2 = 0;
+#pragma GCC unroll 16
+    for (unsigned i = 0; i < W; ++i) {
+        c1 = _addcarry_u64(c1, t[i], lo[i], &v);
+        s.w[i] = v;
+    }
+#pragma GCC unroll 16
+    for (unsigned i = 1; i < W; ++i) {
+        c2 = _addcarry_u64(c2, s.w[i], hi[i - 1], &v);
+        s.w[i] = v;
+    }
+    uint64_t top = hi[W - 1] + c1 + c2;  // at most c
+    unsigned char c3 = _addcarry_u64(0, s.w[0], top * M.c, &v);  // c < 2^32: no overflow
+    s.w[0] = v;
+#pragma GCC unroll 16
+    for (unsigned i = 1; i < W; ++i) {
+        c3 = _addcarry_u64(c3, s.w[i], 0, &v);
+        s.w[i] = v;
+    }
+    s.w[0] += M.c & mask(c3);  // wrapped: s < top * c is tiny, no new carry
+    reduce_once(r, 0, s, M.m);
+}
+
 template <unsigned W, bool Adx>
 constexpr void special_reduce(N<W>& r, uint64_t (&t)[2 * W], const Mod<W>& M) {
+    if constexpr (Adx) return special_reduce_rt(r, t, M);
     uint64_t carry = row<W, Adx>(t, t + W, M.c);
     u128 s = static_cast<u128>(carry) * M.c + t[0];
     N<W> lo{}, add{};
@@ -179,6 +214,8 @@ constexpr void mul_rows(N<W>& r, const N<W>& a, const N<W>& b, const Mod<W>& M) 
     uint64_t t[2 * W] = {};
     if constexpr (Adx && W == 4) {
         product4_adx(t, a.w, b.w);
+    } else if constexpr (Adx && W == 8) {
+        product8_adx(t, a.w, b.w);
     } else {
 #pragma GCC unroll 16
         for (unsigned i = 0; i < W; ++i) t[i + W] = row<W, Adx>(t + i, a.w, b.w[i]);

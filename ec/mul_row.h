@@ -11,6 +11,7 @@
 #ifndef KORVEX_EC_MUL_ROW_H
 #define KORVEX_EC_MUL_ROW_H
 
+#include <immintrin.h>
 #include <stdint.h>
 
 #include "core/cpu.h"
@@ -118,6 +119,24 @@ inline void product4_adx(uint64_t* out, const uint64_t* a, const uint64_t* b) {
 }
 
 #undef KX_P4_ROW
+
+// The 8 x 8-word product from four 4 x 4 blocks: lo * lo and hi * hi in
+// place, the two cross products added in at word 4 with one carry chain each.
+inline void product8_adx(uint64_t* t, const uint64_t* a, const uint64_t* b) {
+    uint64_t m1[8], m2[8];
+    product4_adx(t, a, b);
+    product4_adx(t + 8, a + 4, b + 4);
+    product4_adx(m1, a, b + 4);
+    product4_adx(m2, a + 4, b);
+    unsigned char c1 = 0, c2 = 0;
+#pragma GCC unroll 12
+    for (unsigned i = 0; i < 12; ++i) {
+        unsigned long long v;
+        c1 = _addcarry_u64(c1, t[4 + i], i < 8 ? m1[i] : 0, &v);
+        c2 = _addcarry_u64(c2, v, i < 8 ? m2[i] : 0, &v);
+        t[4 + i] = v;
+    }
+}
 
 #undef KX_ROW_STEP
 #undef KX_ROW_HEAD
