@@ -211,7 +211,7 @@ constexpr void special_reduce(N<W>& r, uint64_t (&t)[2 * W], const Mod<W>& M) {
 // folding or W word-by-word Montgomery reduction rows.
 template <unsigned W, bool Adx>
 constexpr void mul_rows(N<W>& r, const N<W>& a, const N<W>& b, const Mod<W>& M) {
-    uint64_t t[2 * W] = {};
+    uint64_t t[2 * W] = {};  // all written by the products; zeroed for the rows
     if constexpr (Adx && W == 4) {
         product4_adx(t, a.w, b.w);
     } else if constexpr (Adx && W == 8) {

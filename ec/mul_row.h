@@ -122,18 +122,22 @@ inline void product4_adx(uint64_t* out, const uint64_t* a, const uint64_t* b) {
 
 // The 8 x 8-word product from four 4 x 4 blocks: lo * lo and hi * hi in
 // place, the two cross products added in at word 4 with one carry chain each.
+// A square (a and b the same words: the addresses say so, not the values)
+// has equal cross products: three blocks.
 inline void product8_adx(uint64_t* t, const uint64_t* a, const uint64_t* b) {
     uint64_t m1[8], m2[8];
+    const uint64_t* cross = m2;
     product4_adx(t, a, b);
     product4_adx(t + 8, a + 4, b + 4);
     product4_adx(m1, a, b + 4);
-    product4_adx(m2, a + 4, b);
+    if (a == b) cross = m1;
+    else product4_adx(m2, a + 4, b);
     unsigned char c1 = 0, c2 = 0;
 #pragma GCC unroll 12
     for (unsigned i = 0; i < 12; ++i) {
         unsigned long long v;
         c1 = _addcarry_u64(c1, t[4 + i], i < 8 ? m1[i] : 0, &v);
-        c2 = _addcarry_u64(c2, v, i < 8 ? m2[i] : 0, &v);
+        c2 = _addcarry_u64(c2, v, i < 8 ? cross[i] : 0, &v);
         t[4 + i] = v;
     }
 }
