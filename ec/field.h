@@ -235,11 +235,26 @@ constexpr void mul_rows(N<W>& r, const N<W>& a, const N<W>& b, const Mod<W>& M) 
     reduce_once(r, top, hi, M.m);
 }
 
+// The asm path; for W = 4 and 8 with a special-form modulus, the product
+// blocks write all of t, so it needs no clearing.
+template <unsigned W>
+inline void mul_adx(N<W>& r, const N<W>& a, const N<W>& b, const Mod<W>& M) {
+    if constexpr (W == 4 || W == 8) {
+        if (M.c) {  // public: the modulus decides
+            uint64_t t[2 * W];
+            if constexpr (W == 4) product4_adx(t, a.w, b.w);
+            else product8_adx(t, a.w, b.w);
+            return special_reduce_rt(r, t, M);
+        }
+    }
+    mul_rows<W, true>(r, a, b, M);
+}
+
 // Needs a * b < m * R (for instance a < m and any b < R); the result is then
 // below m. The asm rows where the processor has them (never at compile time).
 template <unsigned W>
 __attribute__((always_inline)) constexpr inline void mul(N<W>& r, const N<W>& a, const N<W>& b, const Mod<W>& M) {
-    if (!__builtin_is_constant_evaluated() && row_fast<W>()) return mul_rows<W, true>(r, a, b, M);
+    if (!__builtin_is_constant_evaluated() && row_fast<W>()) return mul_adx(r, a, b, M);
     mul_rows<W, false>(r, a, b, M);
 }
 
