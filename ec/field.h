@@ -291,9 +291,46 @@ constexpr void pow(N<W>& r, const N<W>& a, const N<W>& e, const Mod<W>& M) {
     for (unsigned i = 0; i < 16; ++i) t[i] = N<W>{};
 }
 
-// r = 1/a mod prime m by Fermat (a^(m-2)); 0 gives 0.
+// r = a^(2^n - 1), 2 <= n < 2^10: t_i = a^(2^(2^i) - 1) by t_(i+1) =
+// t_i^(2^(2^i)) t_i, then the lower set bits of n joined on the same way.
+// n is public.
+template <unsigned W>
+constexpr void pow_ones(N<W>& r, const N<W>& a, unsigned n, const Mod<W>& M) {
+    N<W> t[10] = {};
+    t[0] = a;
+    unsigned top = 0;
+    for (; (2u << top) <= n; ++top) {
+        N<W> x = t[top];
+        for (unsigned k = 0; k < (1u << top); ++k) sqr(x, x, M);
+        mul(t[top + 1], x, t[top], M);
+    }
+    N<W> acc = t[top];
+    for (unsigned j = top; j-- > 0;) {
+        if (!((n >> j) & 1)) continue;
+        for (unsigned k = 0; k < (1u << j); ++k) sqr(acc, acc, M);
+        mul(acc, acc, t[j], M);
+    }
+    r = acc;
+    for (unsigned i = 0; i < 10; ++i) t[i] = N<W>{};
+}
+
+// r = 1/a mod prime m by Fermat (a^(m-2)); 0 gives 0. For m = 2^(64W) - c
+// with c + 2 < 2^16, m - 2 is 64W - 16 ones and then the 16 bits of
+// 2^16 - c - 2: a chain of squarings with about 30 products instead of the
+// window's 64W / 4 + 15.
 template <unsigned W>
 constexpr void inv(N<W>& r, const N<W>& a, const Mod<W>& M) {
+    if (M.c && M.c + 2 < (1u << 16)) {  // public: the modulus decides
+        N<W> y{};
+        pow_ones(y, a, 64 * W - 16, M);
+        const uint64_t low = (1u << 16) - M.c - 2;
+        for (unsigned i = 16; i-- > 0;) {
+            sqr(y, y, M);
+            if ((low >> i) & 1) mul(y, y, a, M);
+        }
+        r = y;
+        return;
+    }
     N<W> e = M.m, two{};
     two.w[0] = 2;
     sub_b(e, e, two);
