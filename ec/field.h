@@ -2,12 +2,16 @@
 // form (R = 2^(64W)): the field layer of the fast engine behind keys,
 // signatures and VKO, used both mod p (coordinates) and mod q (scalars).
 //
-// Portable C++ over unsigned __int128 (GCC and clang turn the chains into
-// mul/adc), constexpr so that each curve's constants (R^2 mod m, -1/m mod
-// 2^64) are computed by the compiler: no tables to keep in step by hand and
-// no run-time initialisation. No branch and no memory index depends on an
-// operand; only the modulus and exponents of pow() steer control flow, and
-// they are public.
+// Portable C++ over unsigned __int128, constexpr so that each curve's
+// constants (R^2 mod m, -1/m mod 2^64) are computed by the compiler: no
+// tables to keep in step by hand and no run-time initialisation. At run time
+// the products use mulx/adcx/adox asm where the processor has BMI2 and ADX
+// (ec/mul_row.h; 4- and 8-word products with registers as accumulators),
+// carry chains the _addcarry_u64 intrinsics, and the primes 2^(64W) - c
+// (CryptoPro-A, paramSetA) a two-step folding instead of Montgomery steps.
+// No branch and no memory index depends on an operand; only the modulus,
+// operand addresses (a square) and exponents steer control flow, and they
+// are public.
 #ifndef KORVEX_EC_FIELD_H
 #define KORVEX_EC_FIELD_H
 
