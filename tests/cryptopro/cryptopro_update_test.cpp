@@ -119,4 +119,42 @@ TEST(CryptoProUpdate, WrongPasswordSpoilsSilentlyStructureCodesChangeNothing) {
     }
 }
 
+// The mask arithmetic (constant-time inside the library) gives what the
+// exported reference arithmetic gives, on masks a hostile file may hold:
+// 0, q, q + 1, 2^256 - 1 and an ordinary one. Unmasking is read through the
+// mismatch code 8, which leaves the candidate key in the caller's buffer;
+// re-masking through the new mask written in clear.
+TEST(CryptoProUpdate, MaskArithmeticMatchesTheReferenceOnHostileMasks) {
+    Bytes q = kt::from_hex("93b861b7091b844500d15a997010616cffffffffffffffffffffffffffffffff");
+    Bytes q1 = q, ones(32, 0xFF), zero(32, 0);
+    q1[0] += 1;
+    for (const Bytes& mask : {zero, q, q1, ones, container("one_key").key}) {
+        SCOPED_TRACE(kt::to_hex(mask));
+        Container c = container("one_key");
+        std::copy(mask.begin(), mask.end(), c.masks.begin() + 4);
+        Bytes m = mask;
+        type_u64 mac = GOST_28147_89_MAC(c.masks.data() + 38, 12, k32(&m), nullptr, 2);
+        for (int i = 0; i < 4; ++i) c.masks[52 + i] = static_cast<unsigned char>(mac >> (8 * i));
+        // Unmasking: mask^-1 * D(key) mod q by div_mod and mul_mod.
+        Bytes plain(c.primary.begin() + 4, c.primary.begin() + 36), inv = mask, want(32), crt = certificate("cert_d2_A"),
+              got(32), mb(40);
+        GOST_28147_89_R_ECB(plain.data(), 32, k32(&c.kek), 2);
+        GOST_34_10_2001_div_mod_p_256_bit(k32(&inv), nullptr, k32(&q));
+        GOST_34_10_2001_mul_mod_p_256_bit(k32(&want), k32(&inv), k32(&plain), k32(&q));
+        EXPECT_EQ(8, CryptoPro_conteiner_get(c.primary.data(), c.masks.data(), crt.data(), mb.data(), k32(&got),
+                                             c.password.data(), len(c.password)));
+        EXPECT_EQ(kt::to_hex(want), kt::to_hex(got));
+        // Re-masking: new mask = mul_mod(mask, f), f = the draw inverted twice.
+        seed(5);
+        ASSERT_EQ(0, update(c));
+        seed(5);
+        type_uN<32> f, nm;
+        ASSERT_EQ(0, PRNG_get(&f));
+        GOST_34_10_2001_div_mod_p_256_bit(&f, nullptr, k32(&q));
+        GOST_34_10_2001_div_mod_p_256_bit(&f, nullptr, k32(&q));
+        GOST_34_10_2001_mul_mod_p_256_bit(&nm, k32(&m), &f, k32(&q));
+        EXPECT_EQ(kt::to_hex(nm.b, 32), kt::to_hex(c.masks.data() + 4, 32));
+    }
+}
+
 }  // namespace
