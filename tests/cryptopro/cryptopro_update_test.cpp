@@ -27,10 +27,6 @@ std::string read(Container& c, const char* cert) {
     return r ? "code " + std::to_string(r) : kt::to_hex(key);
 }
 
-bool same(const Bytes& a, const Bytes& b, size_t from, size_t to) {
-    return std::equal(a.begin() + from, a.begin() + to, b.begin() + from);
-}
-
 // Runs first in this file: a seed of zeros leaves the generator unseeded.
 TEST(CryptoProUpdate, UnseededGeneratorGives9WithKeysDeciphered) {
     Bytes zero(40, 0);

@@ -8,13 +8,13 @@
 
 #include "GOST_28147_89.h"
 #include "GOST_34_11_94.h"
-#include "common/test_util.h"
+#include "common/buffers.h"
 #include "pkcs12.h"
 #include "pkcs5.h"
 
 namespace {
 
-using kt::Bytes;
+using namespace kt;
 
 struct Case {
     std::string name;
@@ -50,12 +50,6 @@ unsigned char open(Bytes& container, Bytes password, Bytes* key, Bytes* aux) {
     return pkcs12_open_conteiner(key ? reinterpret_cast<type_uN<32>*>(key->data()) : nullptr,
                                  aux ? aux->data() : nullptr, password.data(),
                                  static_cast<unsigned char>(password.size()), container.data());
-}
-
-Bytes str(const char* s) { return Bytes(s, s + std::char_traits<char>::length(s)); }
-
-bool same(const Bytes& a, const Bytes& b, size_t from, size_t to) {
-    return std::equal(a.begin() + from, a.begin() + to, b.begin() + from);
 }
 
 // Toggles the content of a container whose MacData salt and count are the
@@ -193,10 +187,8 @@ TEST(Pkcs12Container, DamageGivesCodeAndWritesNothing) {
     // Nor is the MAC's length octet: a long form there does not move the
     // stored MAC past the MacData (the container ends at 372).
     for (unsigned char len : {0x84, 0xA0, 0xFF}) {
-        std::vector<unsigned char> heap(c.container.begin(), c.container.end());
-        heap[329] = len;
-        auto exact = std::make_unique<unsigned char[]>(heap.size());
-        std::copy(heap.begin(), heap.end(), exact.get());
+        Exact exact(c.container);
+        exact.get()[329] = len;
         EXPECT_EQ(0, pkcs12_close_conteiner(aux.data(), c.pw(), c.n(), exact.get())) << int(len);
         EXPECT_EQ(0, pkcs12_conteiner_change_pass(c.pw(), c.n(), c.pw(), c.n(), exact.get())) << int(len);
         EXPECT_EQ(0, pkcs12_conteiner_check_MAC(c.pw(), c.n(), exact.get())) << int(len);

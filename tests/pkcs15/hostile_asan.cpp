@@ -12,13 +12,6 @@
 namespace kt {
 namespace {
 
-// A heap copy of exactly the octets given.
-struct Exact {
-    std::unique_ptr<unsigned char[]> p;
-    explicit Exact(const Bytes& b) : p(new unsigned char[b.size()]) { std::memcpy(p.get(), b.data(), b.size()); }
-    unsigned char* get() const { return p.get(); }
-};
-
 const unsigned char kPl = 11;  // password length
 
 // Every reader on its own exact copy of one damaged container: the result is
