@@ -10,16 +10,10 @@
 
 #include "common/buffers.h"
 #include "common/der.h"
+#include "common/generator.h"
 #include "korvex.h"
 
 namespace kt {
-
-inline void seed(uint64_t n = 1) {
-    Bytes s = Rng(n).bytes(40);
-    PRNG_init(s.data());
-}
-// Clears the generator state: every draw fails until the next seed.
-inline void unseed() { std::memset(PRNG_get_RAND_ptr(), 0, 40); }
 
 inline Bytes password() { return Bytes{'p', 'a', 's', 's', 'w', 'o', 'r', 'd', '1', '2', '3'}; }
 inline Bytes wrong_password() { return Bytes{'p', 'a', 's', 's', 'w', 'o', 'r', 'd', '1', '2', '4'}; }
@@ -168,16 +162,6 @@ inline TSecretKey sample_key_2012() {
     std::memcpy(k.b, r.data(), 64);
     return k;
 }
-// The n 32-octet blocks the generator gives after seed(s), as hex; the
-// generator is seeded with s again for the code under test.
-inline std::vector<std::string> draws(uint64_t s, int n) {
-    seed(s);
-    std::vector<std::string> d;
-    for (type_uN<32> b; n-- > 0 && PRNG_get(&b) == 0;) d.push_back(to_hex(b.b, 32));
-    seed(s);
-    return d;
-}
-
 // A container built after a size query; empty unless both calls agree.
 template <class Build>
 Bytes built(Build f) {
