@@ -167,7 +167,8 @@ private:
         if (c->run) {
             size_t min, max;
             positional_counts(c->args, min, max);
-            if (max) app->add_option("args", n->pos)->expected(0, static_cast<int>(std::min<size_t>(max, 1 << 20)));
+            // Any count here; run() checks it against `args` with a clearer message.
+            if (max) app->add_option("args", n->pos)->expected(0, 1 << 20);
         }
         app->formatter(std::make_shared<Help>(n, children));
         return n;
