@@ -237,7 +237,7 @@ std::string password_from(const std::string& spec, const std::string& file, cons
     } else if (spec.rfind("file:", 0) == 0) {
         return password_from("", spec.substr(5), prompt, confirm);
     } else if (!spec.empty()) {
-        throw Error("--pass takes env:VAR, pass:TEXT or file:PATH");
+        throw Error("--pass takes env:VAR, pass:TEXT or file:PATH", kExitUsage);
     } else {
         pw = prompt_tty(prompt);
         if (confirm) {
@@ -282,7 +282,7 @@ unsigned char sbox_by_name(const std::string& n) {
         {"D", 6}, {"CryptoPro-D", 6}, {"Z", 7}, {"param-Z", 7}, {"hash", 1}, {"R3411", 1}};
     auto it = names.find(n);
     if (it != names.end()) return it->second;
-    throw Error("unknown S-box '" + n + "' (A, B, C, D, Z or hash)");
+    throw Error("unknown S-box '" + n + "' (A, B, C, D, Z or hash)", kExitUsage);
 }
 
 Curve curve_by_name(const std::string& n) {
