@@ -120,8 +120,14 @@ int cp_read(const cli::Args& a) {
     std::string pw = cli::password(a, "Password for " + a.pos[0] + ": ");
     cli::CryptoProKey k = cli::cryptopro_read(a.pos[0], a.get("--cert"), pw);
     cli::wipe(pw);
-    std::fprintf(stderr, "key from %s.key matches the certificate\n", k.which.c_str());
-    print_key(k.key, a, a.pos[0]);
+    if (!k.note.empty()) std::fprintf(stderr, "%s\n", k.note.c_str());
+    std::fprintf(stderr, "key from %s.key%s\n", k.which.c_str(), k.cert.empty() ? "" : " matches the certificate");
+    cli::write_key_and_cert(k.key, k.cert, a.get("-o", "-"), a.get("--cert-out"), a.pos[0]);
+    return 0;
+}
+
+int cp_info(const cli::Args& a) {
+    cli::cryptopro_info(a.pos[0]);
     return 0;
 }
 
@@ -166,17 +172,29 @@ const cli::Command p12_passwd_cmd = {
                         {"--new-pass-file", "FILE", "read the new password from the first line of FILE"}}),
     p12_passwd};
 
+const cli::Option kCpCert = {"--cert", "CERT", "the container's certificate (default: header.key's)"};
 const cli::Command cp_read_cmd = {
-    "read", "write the key that matches the certificate as PKCS#8 PEM", "DIR",
-    "Unmasks the key that matches the certificate (from --cert or header.key).\n",
-    cli::with_password({kKeyOut, {"--cert", "CERT", "the container's certificate (default: header.key's)"}}),
-    cp_read};
+    "read", "write the key (and certificate) as PEM", "DIR",
+    "Folders made by CryptoPro CSP (GOST R 34.10-2001, 2012 256- and 512-bit\n"
+    "keys) are recognised by header.key: read checks its MAC, the masks' MACs,\n"
+    "the password and the key's fingerprint, falls back to the backup copy\n"
+    "(primary2.key, masks2.key) when the first is damaged, and writes the key as\n"
+    "PKCS#8 PEM and the certificate (from header.key or --cert) with --cert-out.\n"
+    "Folders in the library's own format (primary.key, masks.key, optional\n"
+    "header.key with the certificate): read unmasks the key that matches the\n"
+    "certificate (from --cert or header.key; passwords of at most 12 characters).\n",
+    cli::with_password({kKeyOut, kCpCert, {"--cert-out", "CERT.pem", "write the certificate here"}}), cp_read};
+const cli::Command cp_info_cmd = {
+    "info", "show generation, curve, name and certificate", "DIR",
+    "Shows a CryptoPro CSP folder's generation, curve, name and certificate\n"
+    "without a password.\n",
+    {}, cp_info};
 const cli::Command cp_update_cmd = {
     "update", "re-mask the keys under fresh masks and salts", "DIR",
-    "First opens the key against the certificate (from --cert or header.key;\n"
-    "refuses without one), then re-masks the keys under fresh masks and salts\n"
-    "with the same password.\n",
-    cli::with_password({{"--cert", "CERT", "the container's certificate (default: header.key's)"}}), cp_update};
+    "For folders in the library's own format: first opens the key against the\n"
+    "certificate (from --cert or header.key; refuses without one), then re-masks\n"
+    "the keys under fresh masks and salts with the same password.\n",
+    cli::with_password({kCpCert}), cp_update};
 
 }  // namespace
 
@@ -195,11 +213,11 @@ const cli::Command pkcs12 = {
     {}, nullptr, {&p12_create_cmd, &p12_open_cmd, &p12_passwd_cmd}};
 
 const cli::Command cryptopro = {
-    "cryptopro", "CryptoPro key containers: read, update", "",
-    "A CryptoPro container folder (header.key, primary.key, masks.key, and\n"
-    "primary2.key, masks2.key when it holds a second key). Passwords have at\n"
-    "most 12 characters.\n"
-    "Exit codes: 3 wrong password or foreign certificate, 4 damaged container.\n",
-    {}, nullptr, {&cp_read_cmd, &cp_update_cmd}};
+    "cryptopro", "CryptoPro key containers: read, info, update", "",
+    "A CryptoPro container folder: made by CryptoPro CSP, or in the library's own\n"
+    "format (primary.key, masks.key, and primary2.key, masks2.key when it holds a\n"
+    "second key).\n"
+    "Exit codes: 1 certificate not the key's, 3 wrong password, 4 damaged container.\n",
+    {}, nullptr, {&cp_read_cmd, &cp_info_cmd, &cp_update_cmd}};
 
 }  // namespace cmd
