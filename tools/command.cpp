@@ -122,6 +122,10 @@ public:
     }
 
     int run(int argc, char** argv) {
+        if (argc == 2 && std::string(argv[1]) == "help") {  // as before CLI11: korvex help
+            std::fputs(root_.help().c_str(), stdout);
+            return kExitOk;
+        }
         try {
             root_.parse(argc, argv);
         } catch (const CLI::CallForHelp&) {
