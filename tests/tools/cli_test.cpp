@@ -82,15 +82,25 @@ const char* kPass = "--pass pass:secret";
 
 TEST_F(Cli, EveryCommandHasHelp) {
     for (const char* c : {"hash", "hmac", "enc", "dec", "keygen", "sign", "verify", "x509", "cms", "pkcs15", "pkcs12",
-                          "cryptopro", "key", "demo"}) {
+                          "cryptopro", "key", "pfx", "demo"}) {
         Result r = korvex(std::string(c) + " --help");
         EXPECT_EQ(r.code, 0) << c;
         EXPECT_NE(r.out.find("usage: korvex"), std::string::npos) << c;
     }
-    EXPECT_EQ(korvex("--help").code, 0);
-    Result r = korvex("frobnicate");
-    EXPECT_NE(r.code, 0);
-    EXPECT_NE(r.err.find("unknown command"), std::string::npos);
+    Result h = korvex("--help");
+    EXPECT_EQ(h.code, 0);
+    EXPECT_NE(h.out.find("exit codes (every command):\n  0  done"), std::string::npos);
+    EXPECT_NE(h.out.find("\n  5  refused"), std::string::npos);
+    EXPECT_EQ(korvex("--version").out.rfind("korvex 0.", 0), 0u);
+    // Usage errors: nothing on stdout, one line (or the usage) on stderr, exit 2.
+    for (const char* bad : {"frobnicate", "", "cms", "cms frob x", "hash --bogus", "sign --hex x",
+                            "x509 show", "x509 show a b", "pfx write --key k --cert c"}) {
+        Result r = korvex(bad);
+        EXPECT_EQ(r.code, 2) << bad;
+        EXPECT_EQ(r.out, "") << bad;
+        EXPECT_NE(r.err, "") << bad;
+    }
+    EXPECT_NE(korvex("frobnicate").err.find("unknown command"), std::string::npos);
 }
 
 TEST_F(Cli, HashMatchesGost12sumOpensslAndGostsumFixtures) {
