@@ -58,14 +58,6 @@ inline Curve curve(int set) {
     }
 }
 
-// The records of one kind ("op = ...") in ec2001/arith.txt.
-inline std::vector<kt::Record> ops(const std::string& op) {
-    std::vector<kt::Record> out;
-    for (auto& r : kt::load_records("ec2001/arith.txt"))
-        if (r["op"] == op) out.push_back(r);
-    return out;
-}
-
 }  // namespace ect
 
 // In the namespace of type_uN, so that gtest finds them.
