@@ -13,13 +13,15 @@
 #include "PRNG.h"
 #include "ec2001/ec_sizes.h"
 
-using ect::be256;
-using ect::small;
-using ect::u256;
 using T = type_uN<32>;
 using Sig = type_uN<64>;
 
 namespace {
+
+using namespace ecs;
+T be256(const std::string& h) { return be<T>(h); }
+T u256(const std::string& h) { return le<T>(h); }
+T small(unsigned v) { return ecs::small<T>(v); }
 
 // The example of GOST R 34.10-2001 (appendix A) on the test curve.
 const T kD = be256("7A929ADE789BB9BE10ED359DD39A72C11B60961F49397EEE1D19CE9891EC3B28");
@@ -27,12 +29,12 @@ const T kE = be256("2DFBC1B372D89A1188C09C52E0EEC61FCE52032AB1022E8E67ECE6672B04
 const char* kR = "41AA28D2F1AB148280CD9ED56FEDA41974053554A42767B83AD043FD39DC0493";
 const char* kS = "01456C64BA4642A1653C235A98A60249BCD6D3F746B631DF928014F6C5BF9C40";
 
-Sig pair(const T& lo, const T& hi) { return ect::from_hex<64>(ect::hex(lo) + ect::hex(hi)); }
+Sig pair(const T& lo, const T& hi) { return le<Sig>(hex(lo) + hex(hi)); }
 const Sig kQ = pair(be256("7F2B49E270DB6D90D8595BEC458B50C58585BA1D4E9B788F6689DBD8E56FD80B"),
                     be256("26F1B489D6701DD185C8413A977B3CBBAF64D1C593D26627DFFB101A87FF77DA"));
 
 // RFC 4490 layout: s big-endian, then r big-endian.
-Sig rfc4490(const std::string& s_be, const std::string& r_be) { return ect::from_hex<64>(s_be + r_be); }
+Sig rfc4490(const std::string& s_be, const std::string& r_be) { return le<Sig>(s_be + r_be); }
 
 Sig reversed_halves(Sig s) {
     std::reverse(s.b, s.b + 32);
@@ -76,7 +78,7 @@ TEST(Gost2001, ExampleKeyAndSignature) {
 // reduces to R = x(s/e * P), so with e = 1 the pair (s, x(sP) mod q) passes.
 TEST(Gost2001, PublicKeyIsNotValidated) {
     for (unsigned char set : {0, 1, 3}) {
-        ect::Curve c = ect::curve(set);
+        auto c = Ec256::curve(set);
         T s = small(5), r;
         GOST_34_10_2001_mul_k_EP(&s, &c.x, &c.y, &r, nullptr, &c.a, &c.p);
         GOST_34_10_2001_mod_p_256_bit(&r, &c.q);
@@ -90,7 +92,7 @@ TEST(Gost2001, PublicKeyIsNotValidated) {
 // d as the multiplier (r * d, t * d) and so comes out fully reduced.
 TEST(Gost2001, PrivateKeyAboveQActsAsReduced) {
     for (unsigned char set : {0, 2}) {
-        ect::Curve c = ect::curve(set);
+        auto c = Ec256::curve(set);
         T d = u256("5d3c0e1f2a4b6c7d8e9fa0b1c2d3e4f5061728394a5b6c7d8e9fa0b1c2d3e41f"), dq, h = kE, k1, k2;
         ASSERT_EQ(GOST_34_10_2001_add_256_bit(&dq, &d, &c.q), 0);
         Sig q1, q2, s1, s2;
@@ -117,12 +119,12 @@ TEST(Gost2001Interop, OpenSslSignaturesVerify) {
     for (auto& rec : recs) {
         unsigned char set = static_cast<unsigned char>(std::stoi(rec["set"]));
         T d = u256(rec["d"]), h;
-        Sig q = ect::from_hex<64>(rec["Q"]), mine, sig = ect::from_hex<64>(rec["sig"]);
+        Sig q = le<Sig>(rec["Q"]), mine, sig = le<Sig>(rec["sig"]);
         GOST_34_10_2001_gen_open_key(&d, &mine, set);
         EXPECT_EQ(mine, q) << rec["paramset"];
         kt::Bytes msg = kt::from_hex(rec["msg"]);
         GOST_34_11_94_hash(msg.data(), static_cast<unsigned>(msg.size()), nullptr, &h);
-        EXPECT_EQ(ect::hex(h), rec["digest"]);
+        EXPECT_EQ(hex(h), rec["digest"]);
         h = u256(rec["digest"]);
         EXPECT_EQ(check(h, q, &sig, set), 1) << rec["paramset"];
         h.b[0] ^= 1;
@@ -139,10 +141,10 @@ TEST(Gost2001Interop, VkoAgreesWithOpenSsl) {
         unsigned long long ukm;
         std::memcpy(&ukm, kt::from_hex(rec["ukm"]).data(), 8);
         T da = u256(rec["a_d"]), db = u256(rec["b_d"]), k1, k2;
-        Sig qa = ect::from_hex<64>(rec["a_Q"]), qb = ect::from_hex<64>(rec["b_Q"]);
+        Sig qa = le<Sig>(rec["a_Q"]), qb = le<Sig>(rec["b_Q"]);
         vko(&k1, &ukm, &da, &qb, set);
         vko(&k2, &ukm, &db, &qa, set);
-        EXPECT_EQ(ect::hex(k1) + ect::hex(k2), rec["key"] + rec["key"]) << rec["alg"] << " " << rec["paramset"];
+        EXPECT_EQ(hex(k1) + hex(k2), rec["key"] + rec["key"]) << rec["alg"] << " " << rec["paramset"];
     }
 }
 
