@@ -1,35 +1,29 @@
-// Hostile and out-of-range operands under AddressSanitizer: every function
-// reads and writes exactly its 32- or 64-byte operands (heap blocks of the
+// Hostile and out-of-range operands of both sizes under AddressSanitizer:
+// every function reads and writes exactly its operands (heap blocks of the
 // exact size, at odd addresses), never loops forever, and accepts any
 // aliasing of results and operands.
-#include <gtest/gtest.h>
-
 #include <cstring>
 #include <memory>
 #include <vector>
 
-#include "GOST_34_10_2001.h"
-#include "GOST_34_10_2012.h"
 #include "PRNG.h"
-#include "common/test_util.h"
+#include "ec2001/ec_sizes.h"
 
 namespace {
 
-using T = type_uN<32>;
-using Q = type_uN<64>;
+using namespace ecs;
 
 // Exact-size heap blocks of random bytes, each starting at an odd address.
 struct Blocks {
     kt::Rng& rng;
     std::vector<std::unique_ptr<unsigned char[]>> mem;
-    unsigned char* get(size_t n) {
-        mem.emplace_back(new unsigned char[n + 1]);
-        kt::Bytes b = rng.bytes(n);
-        std::memcpy(mem.back().get() + 1, b.data(), n);
-        return mem.back().get() + 1;
+    template <class V>
+    V* get() {
+        mem.emplace_back(new unsigned char[sizeof(V) + 1]);
+        kt::Bytes b = rng.bytes(sizeof(V));
+        std::memcpy(mem.back().get() + 1, b.data(), sizeof(V));
+        return reinterpret_cast<V*>(mem.back().get() + 1);
     }
-    T* u256() { return reinterpret_cast<T*>(get(32)); }
-    Q* u512() { return reinterpret_cast<Q*>(get(64)); }
 };
 
 template <class F>
@@ -41,69 +35,96 @@ void repeat(int n, F f) {
     }
 }
 
-TEST(Hostile256, ArithmeticOnArbitraryOperands) {
+// The shared keys of each size, the UKM in its own exact block.
+void vko(Blocks& m, type_uN<32>* d, type_uN<64>* q, unsigned char set) {
+    auto *out = m.get<type_uN<32>>(), *out2 = m.get<type_uN<32>>();
+    auto* ukm = m.get<unsigned long long>();
+    GOST_34_10_2001_VKO(out, ukm, d, q, set);
+    GOST_34_10_2012_VKO_256(out2, ukm, d, q, set);
+    GOST_34_10_2012_VKO_256(out2, nullptr, d, q, set);
+}
+void vko(Blocks& m, type_uN<64>* d, type_uN<128>* q, unsigned char set) {
+    auto *out = m.get<type_uN<64>>(), *ukm = m.get<type_uN<64>>();
+    GOST_34_10_2012_VKO_512(out, ukm, d, q, set);
+    GOST_34_10_2012_VKO_512(out, nullptr, d, q, set);
+}
+
+template <class S>
+class Hostile : public ::testing::Test {};
+TYPED_TEST_SUITE(Hostile, Sizes);
+
+TYPED_TEST(Hostile, ArithmeticOnArbitraryOperands) {
+    EC_SIZE;
     repeat(200, [](Blocks& m, int i) {
-        // Any 256-bit values, including p even, p < a, p = 0, p = 1.
-        T *r = m.u256(), *a = m.u256(), *b = m.u256(), *p = m.u256();
-        if (i % 7 == 0 || i % 11 == 0) std::memset(p, 0, 32);
+        // Any values, including p even, p < a, p = 0, p = 1.
+        V *r = m.get<V>(), *a = m.get<V>(), *b = m.get<V>(), *p = m.get<V>();
+        if (i % 7 == 0 || i % 11 == 0) std::memset(p, 0, sizeof(V));
         if (i % 11 == 0) p->b[0] = 1;
-        GOST_34_10_2001_add_256_bit(r, a, b);
-        GOST_34_10_2001_sub_256_bit(r, r, r);
-        GOST_34_10_2001_shl_256_bit(a);
-        GOST_34_10_2001_shr_256_bit(b);
-        GOST_34_10_2001_comparison_256_bit(a, b);
-        GOST_34_10_2001_comparison_256_bit_zero(a);
-        GOST_34_10_2001_comparison_256_bit_one(b);
-        GOST_34_10_2001_add_mod_p_256_bit(r, a, b, p);
-        GOST_34_10_2001_sub_mod_p_256_bit(r, r, b, p);
-        GOST_34_10_2001_mod_p_256_bit(r, p);
-        GOST_34_10_2001_mul_mod_p_256_bit(r, a, b, p);
-        GOST_34_10_2001_mul_mod_p_256_bit(a, a, a, a);
-        GOST_34_10_2001_div_mod_p_256_bit(r, b, p);
-        GOST_34_10_2001_div_mod_p_256_bit(b, nullptr, b);
-        GOST_34_10_2001_set_256_bit(r, r);
+        S::add(r, a, b);
+        S::sub(r, r, r);
+        S::shl(a);
+        S::shr(b);
+        S::cmp(a, b);
+        S::cmp0(a);
+        S::cmp1(b);
+        S::addm(r, a, b, p);
+        S::subm(r, r, b, p);
+        S::modp(r, p);
+        S::mulm(r, a, b, p);
+        S::mulm(a, a, a, a);
+        S::divm(r, b, p);
+        S::divm(b, nullptr, b);
+        S::set(r, r);
     });
 }
 
 // Points off the curve; the scalar multiples are slow, so a few suffice.
-TEST(Hostile256, PointsOffTheCurve) {
+TYPED_TEST(Hostile, PointsOffTheCurve) {
+    EC_SIZE;
     repeat(20, [](Blocks& m, int) {
-        T *x = m.u256(), *y = m.u256(), *x2 = m.u256(), *y2 = m.u256(), *a = m.u256(), *p = m.u256(), *k = m.u256();
+        V *x = m.get<V>(), *y = m.get<V>(), *x2 = m.get<V>(), *y2 = m.get<V>(), *a = m.get<V>(), *p = m.get<V>();
+        V* k = m.get<V>();
         p->b[0] |= 1;  // an odd modulus keeps the inversions meaningful
-        GOST_34_10_2001_mul_2_EP(x, y, a, p);
-        GOST_34_10_2001_add_EP(x, x2, y, y2, a, p);
-        GOST_34_10_2001_add_EP(x, x, y, y, a, p);
-        GOST_34_10_2001_mul_k_EP(k, x, y, x, nullptr, a, p);
-        GOST_34_10_2001_mul_k_EP(k, x, y, nullptr, y, a, p);
+        S::dbl(x, y, a, p);
+        S::padd(x, x2, y, y2, a, p);
+        S::padd(x, x, y, y, a, p);
+        S::mulk(k, x, y, x, nullptr, a, p);
+        S::mulk(k, x, y, nullptr, y, a, p);
     });
 }
 
-TEST(Hostile256, SignatureChecksOnGarbage) {
+TYPED_TEST(Hostile, SignatureChecksOnGarbage) {
+    EC_SIZE;
+    using Sig = typename S::Sig;
     repeat(12, [](Blocks& m, int i) {
-        T *h = m.u256(), *out = m.u256(), *d = m.u256();
-        Q *q = m.u512(), *sig = m.u512();
+        V *h = m.get<V>(), *d = m.get<V>();
+        Sig *q = m.get<Sig>(), *sig = m.get<Sig>();
         unsigned char set = static_cast<unsigned char>(m.rng.below(256));
-        if (i % 3 == 0) std::memset(sig, 0, 64);
-        EXPECT_EQ(GOST_34_10_2001_check_DS(h, q, sig, set), 0);
-        GOST_34_10_2001_gen_open_key(d, q, set);
-        std::unique_ptr<unsigned long long> ukm(new unsigned long long(m.rng.next()));
-        GOST_34_10_2001_VKO(out, ukm.get(), d, q, set);
-        GOST_34_10_2001_rotate_DS_RFC4490(sig);
+        if (i % 3 == 0) std::memset(sig, 0, sizeof(Sig));
+        EXPECT_EQ(S::verify(h, q, sig, set), 0);
+        S::open(d, q, set);
+        vko(m, d, q, set);
+        S::rotate(sig);
     });
 }
 
-// The functions that draw from the generator, and the 2012 VKO.
-TEST(Hostile256, KeysAndSignaturesInExactBlocks) {
+// The functions that draw from the generator.
+TYPED_TEST(Hostile, KeysAndSignaturesInExactBlocks) {
+    EC_SIZE;
+    using Sig = typename S::Sig;
     kt::Rng rng(0x2001);
     Blocks m{rng, {}};
-    ASSERT_EQ(PRNG_init(m.get(40)), 0);
-    for (unsigned char set : {0, 1, 2, 3}) {
-        T *d = m.u256(), *h = m.u256(), *out = m.u256();
-        Q *q = m.u512(), *sig = m.u512();
-        ASSERT_EQ(GOST_34_10_2001_gen_key_pair(d, q, set), 0);
-        ASSERT_EQ(GOST_34_10_2001_create_DS(h, d, sig, set), 0);
-        EXPECT_EQ(GOST_34_10_2001_check_DS(h, q, sig, set), 1);
-        GOST_34_10_2012_VKO_256(out, nullptr, d, q, set);
+    struct Seed { unsigned char b[40]; };
+    ASSERT_EQ(PRNG_init(m.get<Seed>()->b), 0);
+    for (int set : S::sets) {
+        auto sel = static_cast<unsigned char>(set);
+        V *d = m.get<V>(), *h = m.get<V>();
+        Sig *q = m.get<Sig>(), *sig = m.get<Sig>();
+        h->b[sizeof(V) - 1] &= 0x3F;  // below every q: a hash is reduced only once
+        ASSERT_EQ(S::genkp(d, q, sel), 0);
+        ASSERT_EQ(S::sign(h, d, sig, sel), 0);
+        EXPECT_EQ(S::verify(h, q, sig, sel), 1);
+        vko(m, d, q, sel);
     }
 }
 
@@ -113,6 +134,31 @@ TEST(Hostile256, TablesFillExactly16384Bytes) {
     GOST_34_10_2001_NAF_2kP_table(t.get(), 0);
     GOST_34_10_2001_xP_table(t.get(), 1);
     EXPECT_EQ(std::memcmp(t.get(), std::vector<unsigned char>(64, 0).data(), 64), 0);
+}
+
+// The 512-bit MP, unsuffixed and Jacobian families, on copies of paramSetA's
+// values in exact blocks.
+TEST(Hostile512, MpAndJacobianFamilies) {
+    using U = type_uN<64>;
+    kt::Rng rng(99);
+    Blocks m{rng, {}};
+    auto c = Ec512::curve(1);
+    auto copy = [&m](const U& v) { U* r = m.get<U>(); *r = v; return r; };
+    U *R = m.get<U>(), *a = m.get<U>(), *b = m.get<U>(), *p = copy(c.p), *q = copy(c.q), *k = copy(small<U>(5));
+    a->b[63] = 0x12, b->b[63] = 0x34;
+    GOST_34_10_2012_mul_MP_mod_p_512_bit(R, a, b, p);
+    GOST_34_10_2012_mul_MP_mod_q_512_bit(R, a, b, q);
+    GOST_34_10_2012_squ_MP_mod_p_512_bit(R, a, p);
+    GOST_34_10_2012_mul2_MP_512_bit(R, a, p);
+    GOST_34_10_2012_mul3_MP_512_bit(R, a, p);
+    GOST_34_10_2012_div2_mod_MP_512_bit(R, p);
+    GOST_34_10_2012_sub_mul2_MP_512_bit(R, a, b, p);
+    U *x = copy(c.x), *y = copy(c.y), *ca = copy(c.a), *x2 = copy(c.x), *y2 = copy(c.y), *z = copy(small<U>(1));
+    GOST_34_10_2012_mul_2_EP(x, y, ca, p);
+    GOST_34_10_2012_add_EP(x, x2, y, y2, ca, p);
+    GOST_34_10_2012_mul_J_2_EP(x, y, z, p);
+    GOST_34_10_2012_add_J_EP(x, x2, y, y2, z, p);
+    GOST_34_10_2012_mul_J_k_EP(k, x2, y2, a, b, p);
 }
 
 }  // namespace

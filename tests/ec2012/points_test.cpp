@@ -1,56 +1,9 @@
-// 512-bit points: affine multiples and sums against python3 integers, the
-// infinity rules, the paramSetA-only affine variant, and the Jacobian family
-// against its defined step sequences (tests/vectors/ec2012/arith.txt).
+// 512-bit points beyond the generic affine family (tests/ec2001/points_test.cpp):
+// the paramSetA-only affine variant, and the Jacobian family against its
+// defined step sequences (tests/vectors/ec2012/arith.txt).
 #include "ec2012_util.h"
 
 using namespace ec2012;
-
-TEST(Points512, MultiplesSumsAndNullOutputs) {
-    auto muls = ops("point"), sums = ops("sum");
-    ASSERT_EQ(muls.size(), 24u);
-    for (auto& r : muls) {
-        Curve c = curve(std::stoi(r["set"]));
-        U64 k = le(r["k"]), x, y, x2{}, y2{};
-        GOST_34_10_2012_mul_k_EP_test(&k, &c.x, &c.y, &x, &y, &c.a, &c.p);
-        EXPECT_EQ(pt(x, y), r["x"] + r["y"]) << "set " << r["set"] << " k " << r["k"];
-        if (r["k"] != hex(small(3))) continue;
-        // A null Qy stores x only; a null Qx y only.
-        GOST_34_10_2012_mul_k_EP_test(&k, &c.x, &c.y, &x2, nullptr, &c.a, &c.p);
-        GOST_34_10_2012_mul_k_EP_test(&k, &c.x, &c.y, nullptr, &y2, &c.a, &c.p);
-        EXPECT_EQ(pt(x2, y2), r["x"] + r["y"]);
-    }
-    for (auto& r : sums) {
-        Curve c = curve(std::stoi(r["set"]));
-        U64 x1 = le(r["x1"]), y1 = le(r["y1"]), x2 = le(r["x2"]), y2 = le(r["y2"]);
-        GOST_34_10_2012_add_EP_test(&x1, &x2, &y1, &y2, &c.a, &c.p);
-        EXPECT_EQ(pt(x1, y1), r["x"] + r["y"]);
-    }
-}
-
-TEST(Points512, InfinityRules) {
-    const std::string inf = pt(U64{}, U64{});
-    for (int set : {0, 1, 2}) {
-        SCOPED_TRACE(set);
-        Curve c = curve(set);
-        U64 zero{}, one = small(1), ny, x = c.x, y = c.y, dx = c.x, dy = c.y, ix{}, iy{}, qx, qy;
-        GOST_34_10_2012_sub_mod_p_512_bit(&ny, &zero, &c.y, &c.p);
-        GOST_34_10_2012_add_EP_test(&x, &c.x, &y, &ny, &c.a, &c.p);  // P + (-P)
-        EXPECT_EQ(pt(x, y), inf);
-        GOST_34_10_2012_add_EP_test(&x, &c.x, &y, &c.y, &c.a, &c.p);  // infinity + P
-        EXPECT_EQ(pt(x, y), pt(c.x, c.y));
-        GOST_34_10_2012_add_EP_test(&x, &zero, &y, &zero, &c.a, &c.p);  // P + infinity
-        EXPECT_EQ(pt(x, y), pt(c.x, c.y));
-        GOST_34_10_2012_mul_2_EP_test(&dx, &dy, &c.a, &c.p);
-        GOST_34_10_2012_add_EP_test(&x, &c.x, &y, &c.y, &c.a, &c.p);  // P + P doubles
-        EXPECT_EQ(pt(x, y), pt(dx, dy));
-        GOST_34_10_2012_mul_2_EP_test(&ix, &iy, &c.a, &c.p);
-        EXPECT_EQ(pt(ix, iy), inf);
-        for (U64 k : {zero, c.q, one}) {
-            GOST_34_10_2012_mul_k_EP_test(&k, &c.x, &c.y, &qx, &qy, &c.a, &c.p);
-            EXPECT_EQ(pt(qx, qy), hex(k) == hex(one) ? pt(c.x, c.y) : inf);
-        }
-    }
-}
 
 TEST(Points512, ParamSetAVariantAgreesOnParamSetA) {
     Curve A = curve(1);

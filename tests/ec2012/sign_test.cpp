@@ -1,7 +1,8 @@
 // GOST R 34.10-2012 (512-bit) keys and signatures: the example of the
-// standard, OpenSSL's signatures and ours (tests/vectors/ec2012), the TC26
-// layout, the early returns, the generator failure and the replaceable
-// example curve.
+// standard, OpenSSL's signatures (tests/vectors/ec2012), the TC26 layout, the
+// single subtraction of the hash and the replaceable example curve. Our
+// signatures, round trips, the key draw, early returns and the generator
+// failure run over both sizes in tests/ec2001/sign_test.cpp.
 #include <cstring>
 
 #include "PRNG.h"
@@ -94,105 +95,6 @@ TEST(Sign512, OpenSslSignaturesVerify) {
         h.b[3] ^= 4;
         EXPECT_EQ(check(h, Q, &sig, set), 0);
     }
-}
-
-TEST(Sign512, OurSignaturesAreTheOnesOpenSslVerified) {
-    GeneratorState keep;
-    auto recs = kt::load_records("ec2012/ours.txt");
-    ASSERT_EQ(recs.size(), 9u);
-    kt::Bytes s = kt::from_hex(recs[0]["seed"]);
-    ASSERT_EQ(s.size(), 40u);
-    for (size_t i = 1; i < recs.size(); ++i) {
-        auto& r = recs[i];
-        ASSERT_EQ(PRNG_init(s.data()), 0);
-        int set = std::stoi(r["set"]);
-        U64 d = le(r["d"]), h = le(r["digest"]);
-        U128 sig;
-        ASSERT_EQ(GOST_34_10_2012_create_DS_512_bit(&h, &d, &sig, static_cast<unsigned char>(set)), 0);
-        EXPECT_EQ(hex(sig), r["sig"]);
-        EXPECT_EQ(check(h, le128(r["Q"]), &sig, set), 1);
-    }
-}
-
-// Fresh keys sign and verify on every curve (hashes below 2^510, so below
-// every q); a hash of 0 or q signs as 1.
-TEST(Sign512, RoundTripsOnEveryCurve) {
-    GeneratorState keep;
-    seed(7);
-    kt::Rng rng(0x2012);
-    for (int set : {1, 2, 0}) {
-        auto sel = static_cast<unsigned char>(set);
-        U64 d;
-        U128 Q, Q2, sig, copy;
-        ASSERT_EQ(GOST_34_10_2012_512_gen_key_pair(&d, &Q, sel), 0);
-        EXPECT_NE(hex(d), hex(U64{}));
-        GOST_34_10_2012_512_gen_open_key(&d, &Q2, sel);
-        EXPECT_EQ(hex(Q), hex(Q2));
-        U64 h = le(kt::to_hex(rng.bytes(64)));
-        h.b[63] &= 0x3F;
-        for (U64 hv : {h, U64{}, curve(set).q}) {
-            ASSERT_EQ(GOST_34_10_2012_create_DS_512_bit(&hv, &d, &sig, sel), 0);
-            copy = sig;
-            EXPECT_EQ(check(hv, Q, &sig, set), 1) << "set " << set;
-            EXPECT_EQ(hex(sig), hex(copy));
-            if (hex(hv) != hex(h)) { EXPECT_EQ(check(small(1), Q, &sig, set), 1); }
-        }
-    }
-}
-
-TEST(Sign512, OutOfRangeValuesReturnEarlyLeavingTheBufferConverted) {
-    Curve A = curve(1);
-    U64 e = small(5), good = small(77), zero{};
-    U128 Q = join(A.x, A.y);
-    const std::pair<U64, U64> cases[] = {{zero, good}, {good, zero}, {A.q, good}, {good, A.q}};
-    for (auto c : cases) {
-        U128 sig = exported(c.first, c.second), before = sig;
-        EXPECT_EQ(check(e, Q, &sig, 1), 0);
-        EXPECT_EQ(hex(sig), hex(join(c.first, c.second)));  // left in the internal layout
-        GOST_34_10_2012_rotate_DS_TC26(&sig);
-        EXPECT_EQ(hex(sig), hex(before));
-    }
-    U128 sig = exported(good, good), before = sig;  // in range but wrong: restored
-    EXPECT_EQ(check(e, Q, &sig, 1), 0);
-    EXPECT_EQ(hex(sig), hex(before));
-}
-
-TEST(Sign512, GeneratorFailureReturnsOne) {
-    GeneratorState keep;
-    std::memset(PRNG_get_RAND_ptr(), 0, 40);  // never seeded
-    U64 d, h = small(3), key = small(9);
-    U128 Q, sig;
-    std::memset(sig.b, 0xAA, 128);
-    EXPECT_EQ(GOST_34_10_2012_512_gen_key_pair(&d, &Q, 1), 1);
-    EXPECT_EQ(GOST_34_10_2012_create_DS_512_bit(&h, &key, &sig, 1), 1);
-    EXPECT_EQ(hex(sig), hex(U128{}));  // zeros, nothing drawn
-}
-
-// d = (second draw || first draw) with one conditional subtraction of q. The
-// example q is about 0.27 * 2^512, so there d stays >= q about half of the
-// time, and is used as it is.
-TEST(Sign512, KeyIsTwoDrawsReducedOnce) {
-    GeneratorState keep;
-    seed(31);
-    type_uN<32> lo, hi;
-    ASSERT_EQ(PRNG_get(&lo), 0);
-    ASSERT_EQ(PRNG_get(&hi), 0);
-    seed(31);
-    U64 d, qa = curve(1).q, raw = le(kt::to_hex(lo.b, 32) + kt::to_hex(hi.b, 32));
-    U128 Q, Q2;
-    ASSERT_EQ(GOST_34_10_2012_512_gen_key_pair(&d, &Q, 1), 0);
-    GOST_34_10_2012_mod_p_512_bit(&raw, &qa);
-    EXPECT_EQ(hex(d), hex(raw));
-
-    seed(21);
-    int above = 0;
-    for (int i = 0; i < 8; ++i) {
-        ASSERT_EQ(GOST_34_10_2012_512_gen_key_pair(&d, &Q, 0), 0);
-        if (GOST_34_10_2012_comparison_512_bit(&d, &q_test) != 0) ++above;
-        GOST_34_10_2012_512_gen_open_key(&d, &Q2, 0);
-        EXPECT_EQ(hex(Q), hex(Q2));
-    }
-    EXPECT_GT(above, 0);
 }
 
 // On the example curve a hash of e + q reduces to e and signs as e, but

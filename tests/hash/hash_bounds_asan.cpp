@@ -7,24 +7,19 @@
 
 #include "GOST_34_11_2012.h"
 #include "GOST_34_11_94.h"
-#include "common/test_util.h"
+#include "common/buffers.h"
 #include "pkcs5.h"
 
 namespace {
 
-// A heap copy with nothing readable past its end.
-std::unique_ptr<unsigned char[]> exact(const kt::Bytes& b) {
-    std::unique_ptr<unsigned char[]> p(new unsigned char[b.size() ? b.size() : 1]);
-    for (size_t i = 0; i < b.size(); ++i) p[i] = b[i];
-    return p;
-}
+using kt::Exact;
 
 TEST(HashBounds, MessagesOfEveryLength) {
     kt::Rng rng(21);
     std::unique_ptr<type_uN<32>> o32(new type_uN<32>);
     std::unique_ptr<type_uN<64>> o64(new type_uN<64>);
     for (unsigned len = 0; len <= 200; ++len) {
-        auto m = exact(rng.bytes(len));
+        Exact m(rng.bytes(len));
         GOST_34_11_94_hash(m.get(), len, nullptr, o32.get());
         GOST_34_11_2012_hash_256_bit(m.get(), len, o32.get());
         GOST_34_11_2012_hash_512_bit(m.get(), len, o64.get());
@@ -35,7 +30,7 @@ TEST(HashBounds, MessagesOfEveryLength) {
         GOST_34_11_2012_hash_512_init(s12.get());
         for (unsigned pos = 0, n; pos < len; pos += n) {
             n = 1 + rng.below(len - pos);
-            auto piece = exact(kt::Bytes(m.get() + pos, m.get() + pos + n));
+            Exact piece(kt::Bytes(m.get() + pos, m.get() + pos + n));
             GOST_34_11_94_hash_write(piece.get(), n, s94.get());
             GOST_34_11_2012_hash_write(piece.get(), n, s12.get());
         }
@@ -46,12 +41,12 @@ TEST(HashBounds, MessagesOfEveryLength) {
 
 TEST(HashBounds, KeysAndPasswords) {
     kt::Rng rng(22);
-    auto data = exact(rng.bytes(50));
+    Exact data(rng.bytes(50));
     std::unique_ptr<type_uN<32>> o32(new type_uN<32>);
     std::unique_ptr<type_uN<64>> o64(new type_uN<64>);
     for (unsigned kl : {0u, 1u, 32u, 33u, 64u, 65u, 255u}) {
-        auto k = exact(rng.bytes(kl));
-        auto salt = exact(rng.bytes(4));
+        Exact k(rng.bytes(kl));
+        Exact salt(rng.bytes(4));
         const auto n = static_cast<unsigned char>(kl);
         GOST_34_11_94_HMAC(data.get(), 50, k.get(), n, o32.get());
         GOST_34_11_2012_HMAC_256_bit(data.get(), 50, k.get(), n, o32.get());
