@@ -46,8 +46,9 @@ for p in cms:
     d = rd(p)
     if small(p) and d[:1] == b'\x30' and ('cms' in p or 'korvex_' in p or 'ossl' in p or 'altered' in p or 'shortkey' in p):
         put('cms', os.path.basename(p), b'\x00' + d)
+        put('cms', 'check_' + os.path.basename(p), b'\x02' + d)
         put('tools', 'cms_' + os.path.basename(p), b'\x01\x00' + d)
-put('cms', 'attrs.txt', b'\x01' + b'1.2.840.113549.1.9.3:BgkqhkiG9w0BBwE=&1.2.643.2.2.9:BAQBAgME'
+put('cms', 'attrs.txt', b'\x03' + b'1.2.840.113549.1.9.3:BgkqhkiG9w0BBwE=&1.2.643.2.2.9:BAQBAgME'
     + b'\x00' + b'1.2.840.113549.1.9.5:Fw0yNjAxMDEwMDAwMDBa')
 put('cms', 'attrs_digest.txt', b'\x01' + b'1.2.840.113549.1.9.4:BCAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA&1.2.3:AAAA')
 
