@@ -1,12 +1,14 @@
 // The library's 372-octet PKCS#12 container: open, close (new auxiliary
 // block) and change-password on exact copies. First octet: bits 0-3 the
 // password length (the password follows), bit 4 the author's mode: the
-// fuzzed container gets small PBKDF2 counts and the MAC over octets 23..304
+// fuzzed container gets small PBKDF2 counts, its SafeContents (octets
+// 153..304, taken as plaintext) enciphered and the MAC over octets 23..304
 // recomputed from the MacData salt with the public PBKDF2 and HMAC, as the
 // container's author would, so the fuzzer reaches the code behind the MAC
 // check (the MAC length octet at 329 is left as fuzzed: it lies outside the
 // MAC'd range). A container that opens must open again after close and
 // under the new password after a change.
+#include "GOST_28147_89.h"
 #include "GOST_34_11_94.h"
 #include "framing.h"
 #include "pkcs12.h"
@@ -26,7 +28,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* d, size_t n) {
         p[96] = 0x02, p[97] = 0x02, p[98] = 1 + (p[98] & 7);
         p[368] = 0x02, p[369] = 0x02, p[370] = 1 + (p[370] & 7);
         p[362] = 0x04, p[363] = 0x04, p[328] = 0x04;
+        // The fuzzed SafeContents is the author's plaintext: enciphered in
+        // counter mode (CryptoPro-A S-box, IV at 133) under the key of the
+        // PBKDF2-params salt at 92.
+        p[90] = 0x04, p[91] = 0x04, p[131] = 0x04, p[132] = 0x08;
+        p[150] = 0x04, p[151] = 0x81, p[152] = 0x18;
         KORVEX_UN(32) key;
+        type_u64 iv;
+        std::memcpy(&iv, p + 133, 8);
+        pkcs5_PBKDF2(pw.p(), pwl, p + 92, p[98], &key);
+        GOST_28147_89_ZR_CTR(p + 153, 152, &key, &iv, 2);
         pkcs5_PBKDF2(pw.p(), pwl, p + 364, p[370], &key);
         GOST_34_11_94_HMAC(p + 23, 282, key.b, 32, reinterpret_cast<KORVEX_UN(32)*>(p + 330));
         if (pkcs12_conteiner_check_MAC(pw.p(), pwl, p) != 0) abort();
@@ -34,8 +45,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* d, size_t n) {
     unsigned char salt[4];
     unsigned short it = 0;
     pkcs12_get_pbkdf2_par(salt, &it, p);
-    // Counts of one octet only (under 128): keeps the fuzzer fast.
-    if (!(sel & 0x10) && ((p[98] | p[370]) & 0x80)) return 0;
+    // Counts up to the library's 1024 (88 00) only: keeps the fuzzer fast.
+    for (unsigned at : {98u, 370u})
+        if (!(sel & 0x10) && (p[at] > 0x88 || (p[at] == 0x88 && p[at + 1] != 0))) return 0;
     KORVEX_UN(32) key;
     unsigned char aux[40];
     unsigned char r = pkcs12_open_conteiner(&key, aux, pw.p(), pwl, p);

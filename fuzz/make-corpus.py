@@ -59,12 +59,18 @@ for r in records(os.path.join(vec, 'pkcs15', 'samples.txt')):
     put('pkcs15', r['name'] + '_getters', bytes([len(pw)]) + pw + c)
     put('tools', 'pkcs15_' + r['name'], bytes([4, len(pw)]) + pw + c)
 
-# PKCS#12: selector (password length, author's mode), password, container.
+# PKCS#12: selector (password length, author's mode), password, container;
+# the author's mode takes octets 153..304 as plaintext: the SafeContents of
+# tests/vectors/pkcs12/make_containers.py.
+sys.path[:0] = [os.path.join(vec, 'pkcs12'), os.path.join(vec, 'cryptopro')]
+from make_containers import safe_contents
 for r in records(os.path.join(vec, 'pkcs12', 'pkcs12.txt')):
     pw, c = bytes.fromhex(r.get('password', '')), bytes.fromhex(r['container'])
     if len(pw) > 15 or len(c) != 372:
         continue
-    put('pkcs12', r['name'], bytes([len(pw) | 0x10]) + pw + c)
+    plain = c[:153] + safe_contents(bytes.fromhex(r['key']), bytes.fromhex(r['aux'])) + c[305:]
+    put('pkcs12', r['name'], bytes([len(pw) | 0x10]) + pw + plain)
+    put('pkcs12', r['name'] + '_as_made', bytes([len(pw)]) + pw + c)
     put('tools', 'pkcs12_' + r['name'], bytes([5, len(pw)]) + pw + c)
 
 # CryptoPro (library): selector, password length, password, primary, masks,
