@@ -74,8 +74,15 @@ for r in records(os.path.join(vec, 'pkcs12', 'pkcs12.txt')):
     put('tools', 'pkcs12_' + r['name'], bytes([5, len(pw)]) + pw + c)
 
 # CryptoPro (library): selector, password length, password, primary, masks,
-# header file from the real samples (certificate in its [5]).
-headers = [rd(p) for p in sorted(glob.glob(os.path.join(samples, '*', '*.000', 'header.key')))]
+# header file 30 { 30 { [5] certificate } } around the vectors' certificates
+# (cert_d1_A holds the containers' key); the real samples' folders as they are.
+def tlv(tag, body):
+    n = len(body)
+    return bytes([tag]) + (bytes([n]) if n < 128 else bytes([0x82, n >> 8, n & 255])) + body
+
+
+headers = [tlv(0x30, tlv(0x30, tlv(0x85, rd(os.path.join(vec, 'cryptopro', c + '.der')))))
+           for c in ('cert_d1_A', 'cert_d1_A', 'cert_d1_B', 'cert_d2_A')]
 for i, r in enumerate(records(os.path.join(vec, 'cryptopro', 'cryptopro.txt'))):
     pw, pr, m = bytes.fromhex(r.get('password', '')), bytes.fromhex(r['primary']), bytes.fromhex(r['masks'])
     sel = (1 if len(pr) == 70 else 0) | (2 if 'param_z' in r['name'] else 0) | (0x10 if pw else 0)
