@@ -3,7 +3,8 @@
 // password follows); the rest is the file. Readers refuse bad input by
 // throwing (cli::Error, formats::Error); anything else is a finding, and
 // ASan/UBSan watch the library calls beneath them.
-//   0 certificate: load_cert's outer check, parse_cert, names, extensions,
+//   0 certificate: load_cert's outer check, parse_cert, what x509 show
+//     prints (names, serial, times, extensions),
 //     the self-signature check, the key reader of tools/formats
 //   1 CMS SignedData: cms_verify with the certificate it carries
 //   2 PFX: pfx_detect, pfx_read
@@ -56,6 +57,9 @@ void run(unsigned which, cli::Bytes& f, const std::string& pw) {
             cli::Cert c = cli::parse_cert(f);
             cli::name_text(c.subject);
             cli::name_text(c.issuer);
+            der::read(c.serial.data(), c.serial.data() + c.serial.size());  // as x509 show prints it
+            cli::time_text(c.not_before);
+            cli::time_text(c.not_after);
             for (const auto& x : c.exts) cli::extension_text(x);
             cli::check_cert_signature(c, c);
             cli::subject_text(f);
