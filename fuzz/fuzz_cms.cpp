@@ -1,6 +1,7 @@
 // CMS: a framed SignedData ContentInfo through CMS_SignedData_parse (every
 // part found lies inside the message), the signed-attribute readers on what it
-// found, and CMS_SignedData_check with the embedded certificate; or, with the
+// found, and CMS_SignedData_check and _check_hash with the embedded
+// certificate; or, with the
 // first octet odd, attribute text through the block builder (size query, then
 // a buffer of exactly that size), the readers and the signer on the block
 // built, and the set sort on the raw bytes. Bit 1 of the first octet turns
@@ -34,6 +35,9 @@ void message(FuzzBuf& f, bool verify) {
     }
     unsigned r = CMS_SignedData_check(m.signed_attrs, nullptr, m.content, m.content ? m.content_len : 0,
                                       m.certificate, s);
+    if (r < 3 || r > 6) abort();
+    KORVEX_UN(32) digest{};
+    r = CMS_SignedData_check_hash(m.signed_attrs, nullptr, digest.b, 32, m.certificate, s);
     if (r < 3 || r > 6) abort();
 }
 

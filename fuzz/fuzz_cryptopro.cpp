@@ -5,7 +5,8 @@
 // bits, so the refusal of long passwords is reached too; without it the
 // empty password keeps the derivation short). Then the password, the primary
 // file, the 56-octet masks file (both with their outer length made to agree),
-// and the header file, framed likewise.
+// and the header file, framed likewise. A container that opens is renewed in
+// place and must give the same key again.
 #include "CryptoPro.h"
 #include "framing.h"
 
@@ -36,6 +37,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* d, size_t n) {
                                                             pw.p(), (unsigned char)pl);
         if (r > 10 || r == 1 || r == 9) abort();
         if (pl > CRYPTOPRO_MAX_PASSWORD_LEN && r != CRYPTOPRO_ERR_PASSWORD_TOO_LONG) abort();
+        if (r == 0 && !(sel & 2)) {
+            // Renewal keeps key and password: the renewed files give the same key.
+            fuzz_seed_generator();
+            if (CryptoPro_conteiner_update(primary.p(), masks.p(), pw.p(), (unsigned char)pl) != 0) abort();
+            KORVEX_UN(32) again;
+            if (CryptoPro_conteiner_get(primary.p(), masks.p(), c.p(), mask_block, &again, pw.p(),
+                                        (unsigned char)pl) != 0 ||
+                std::memcmp(again.b, key.b, 32))
+                abort();
+        }
     }
     unsigned char r = CryptoPro_conteiner_get_no_pass_chek(primary.p(), masks.p(), mask_block, &k1, &k2, pw.p(),
                                                           (unsigned char)pl);

@@ -1,5 +1,6 @@
 // The library's 372-octet PKCS#12 container: open, close (new auxiliary
-// block) and change-password on exact copies. First octet: bits 0-3 the
+// block) and change-password on exact copies, after the header and
+// algorithm checks. First octet: bits 0-3 the
 // password length (the password follows), bit 4 the author's mode: the
 // fuzzed container gets small PBKDF2 counts, its SafeContents (octets
 // 153..304, taken as plaintext) enciphered and the MAC over octets 23..304
@@ -42,6 +43,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* d, size_t n) {
         GOST_34_11_94_HMAC(p + 23, 282, key.b, 32, reinterpret_cast<KORVEX_UN(32)*>(p + 330));
         if (pkcs12_conteiner_check_MAC(pw.p(), pwl, p) != 0) abort();
     }
+    unsigned char* q = p;
+    unsigned char h = pkcs12_check_header(&q);
+    c.inside(q, 1);
+    if (h != 0 && h != 5) abort();
+    if (h == 0 && pkcs12_check_algorithm(q) > 5) abort();
     unsigned char salt[4];
     unsigned short it = 0;
     pkcs12_get_pbkdf2_par(salt, &it, p);
