@@ -1,16 +1,18 @@
 #!/usr/bin/env bash
 # Builds the libFuzzer targets with clang and runs each for a short fixed time
 # on its seed corpus (fuzz/corpus/<name>, copied so the tree stays clean).
-# Any finding fails the step. FUZZ_SECONDS per target (default 20) keeps the
-# whole step under 5 minutes; scripts/fuzz-long.sh is the long run.
+# Any finding fails the step. The run shares FUZZ_TOTAL seconds (default 150)
+# among the targets, or FUZZ_SECONDS each, so that the whole step stays under
+# 5 minutes; fuzz/long-run.sh is the long run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-secs=${FUZZ_SECONDS:-20}
 CC=clang CXX=clang++ cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKORVEX_FUZZ=ON \
   -DKORVEX_BUILD_TESTS=OFF -DKORVEX_BUILD_BENCH=OFF -DKORVEX_BUILD_TOOLS=OFF >/dev/null
 cmake --build build-fuzz -j"$(nproc)"
+targets=(build-fuzz/fuzz_*)
+secs=${FUZZ_SECONDS:-$(( ${FUZZ_TOTAL:-150} / ${#targets[@]} ))}
 status=0
-for exe in build-fuzz/fuzz_*; do
+for exe in "${targets[@]}"; do
   name=$(basename "$exe"); name=${name#fuzz_}
   work=$(mktemp -d); cp -r fuzz/corpus/"$name"/. "$work"/ 2>/dev/null || true
   dict=(); [ -f fuzz/der.dict ] && dict=(-dict=fuzz/der.dict)

@@ -32,4 +32,31 @@ inline bool frame_der(std::vector<unsigned char>& b) {
     b[1] = 0x82; b[2] = (unsigned char)(body >> 8); b[3] = (unsigned char)body;
     return true;
 }
+
+// Whole size of the definite-length DER element at p within avail octets
+// (length forms up to four octets), or 0 when it does not fit.
+inline size_t der_extent(const unsigned char* p, size_t avail) {
+    if (avail < 2) return 0;
+    size_t h = 2, len = p[1];
+    if (len & 0x80) {
+        size_t k = len & 0x7F;
+        if (k == 0 || k > 4 || avail < 2 + k) return 0;
+        len = 0;
+        for (size_t i = 0; i < k; ++i) len = (len << 8) | p[2 + i];
+        h += k;
+    }
+    return len <= avail - h ? h + len : 0;
+}
+
+// Seeds the library's generator once with a fixed value (builders and
+// signers draw from it); runs fine for every input after the first.
+#include "PRNG.h"
+inline void fuzz_seed_generator() {
+    static bool done = false;
+    if (done) return;
+    unsigned char seed[40];
+    for (int i = 0; i < 40; ++i) seed[i] = (unsigned char)(i * 37 + 11);
+    PRNG_init(seed);
+    done = true;
+}
 #endif

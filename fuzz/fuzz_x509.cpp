@@ -1,5 +1,6 @@
-// X.509 accessors and the certificate check on one framed certificate:
-// every pointer returned lies inside it.
+// X.509 accessors, field pointers, textbox and Name parser, and the
+// certificate check on one framed certificate: every pointer returned lies
+// inside it.
 #include "framing.h"
 #include "x_509.h"
 
@@ -17,5 +18,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* d, size_t n) {
     x_509_get_open_key_parametrs_ds_512bit(f.p());
     x_509_get_key_usage(f.p());
     x_509_check_certificate(f.p(), nullptr);
+    x509_field_pointers fp = x_509_get_field_pointers(f.p());
+    for (const x509_field_ref& r : {fp.subject, fp.serial_number, fp.validity, fp.issuer}) f.inside(r.ptr, r.len);
+    x509_textbox tb = x_509_get_textbox_of_cer(f.p());
+    for (const x509_field_ref& r : {tb.serial_number, tb.not_before, tb.not_after}) f.inside(r.ptr, r.len);
+    for (unsigned char* name : {fp.subject.ptr, fp.issuer.ptr}) {
+        if (!name) continue;
+        x509_name nm = x_509_parse_Name_field(name);
+        for (const x509_name_entry& e : {nm.country, nm.organization, nm.organizational_unit, nm.dn_qualifier,
+                                         nm.state, nm.common_name, nm.serial_number, nm.email})
+            f.inside(e.value, e.length);
+    }
     return 0;
 }

@@ -1,10 +1,14 @@
 #!/usr/bin/env bash
-# Long run: every target for SECONDS (default 3600) on one core, its corpus
-# kept in build-fuzz/corpus-<name>; prints the executions per target.
+# Long run: every target (or the names given after SECONDS) for SECONDS
+# (default 3600) on one core, its corpus kept in build-fuzz/corpus-<name>;
+# prints the executions per target.
 set -uo pipefail
 cd "$(dirname "$0")/.."
 secs=${1:-3600}
-for exe in build-fuzz/fuzz_*; do
+shift || true
+targets=(build-fuzz/fuzz_*)
+[ $# -gt 0 ] && targets=("${@/#/build-fuzz/fuzz_}")
+for exe in "${targets[@]}"; do
   name=$(basename "$exe"); name=${name#fuzz_}
   mkdir -p build-fuzz/corpus-"$name"; cp -rn fuzz/corpus/"$name"/. build-fuzz/corpus-"$name"/ 2>/dev/null
   "$exe" -max_total_time="$secs" -max_len=8192 -dict=fuzz/der.dict -artifact_prefix=build-fuzz/ \
