@@ -44,12 +44,17 @@ bool wants_help(int argc, char** argv, int first);
 // For commands with subcommands: no subcommand, or --help/-h anywhere.
 bool wants_sub_help(const std::string& sub, int argc, char** argv, int first);
 
-Bytes read_file(const std::string& path);          // "-" is stdin
+// "-" is stdin. With max, a larger file is refused (exit 4) before it is
+// read: keys, certificates and containers are small, and a huge file given
+// as one must not fill the memory.
+Bytes read_file(const std::string& path, size_t max = 0);
+constexpr size_t kSmallFile = size_t(1) << 20;  // certificates, keys, containers
+constexpr size_t kBundleFile = size_t(16) << 20;  // certificate bundles
 // Feeds a file ("-" is stdin) to `chunk` piece by piece; `total` is the file's
 // size when it is a regular file, else 0.
 void read_chunks(const std::string& path,
                  const std::function<void(unsigned char* p, size_t n, unsigned long long total)>& chunk);
-std::string read_text(const std::string& path);
+std::string read_text(const std::string& path, size_t max = 0);
 // Writes through a temporary file in the same folder, then renames it over
 // the target, so that a failure never leaves a half-written file; "-" is
 // standard output. Refuses (exit 5) to write over any path listed in
@@ -58,6 +63,13 @@ std::string read_text(const std::string& path);
 // in place (its mode is kept) or --force was given (g_force).
 enum class Overwrite { no, in_place };
 extern bool g_force;
+// Exit codes of every command: 0 ok or valid, 1 invalid signature or
+// checksum, 2 usage (also arguments that contradict each other: a key and a
+// certificate or --curve that do not go together), 3 wrong password, 4
+// unreadable or damaged input (also a file contradicting itself: a
+// container's key against its own public key or certificate), 5 refused.
+constexpr int kExitUsage = 2;
+constexpr int kExitDamaged = 4;
 constexpr int kExitRefused = 5;
 void write_file(const std::string& path, const Bytes& data, const std::vector<std::string>& inputs = {},
                 unsigned mode = 0644, Overwrite ow = Overwrite::no);
