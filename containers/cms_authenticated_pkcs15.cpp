@@ -13,7 +13,7 @@ void attrs_hmac(const Generation& g, uint8_t* attrs, unsigned attrs_len, uint8_t
     // of 0xA2 (RFC 5652 9.2 asks for the SET OF tag 0x31); containers of this
     // format have always been sealed that way, so readers must do the same.
     uint8_t tag = attrs[0];
-    attrs[0] = 0x82;
+    attrs[0] = tag_ctx_prim(2);
     hmac(g, attrs, attrs_len, mac_key32, out);
     attrs[0] = tag;
 }
@@ -29,63 +29,63 @@ void seal_authdata(const Generation& g, const AuthData& ad, type_uN<32>* kek, ui
 namespace {
 
 // SEQUENCE { OID, [0] { OCTET STRING } } within len octets: the OCTET STRING.
-bool encapsulated(uint8_t* content, unsigned len, El& os) {
-    El seq, oid, a0;
-    if (!parse(content, content + len, seq) || seq.tag != 0x30) return false;
-    if (!first_child(seq, oid) || oid.tag != 0x06 || !next(seq, oid, a0) || a0.tag != 0xA0) return false;
-    return first_child(a0, os) && os.tag == 0x04;
+bool encapsulated(uint8_t* content, unsigned len, Der& os) {
+    Der seq, oid, a0;
+    if (!der_at(content, content + len, seq) || seq.t() != kTagSeq) return false;
+    DerCursor it = children(seq);
+    return it.next(kTagOid, oid) && it.next(kTagCtx0, a0) && der_first(a0, kTagOctets, os);
 }
 
 // SEQUENCE { messageDigest OID, SET { OCTET STRING } }: the digest value.
-bool message_digest(const El& attr, unsigned n, uint8_t*& value) {
-    static constexpr uint8_t kOid[11] = {0x06, 0x09, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x09, 0x04};
-    El oid, set, os;
-    if (attr.tag != 0x30 || !first_child(attr, oid) || oid.end - oid.at != 11 || !equal(oid.at, kOid, 11))
+bool message_digest(const Der& attr, unsigned n, uint8_t*& value) {
+    static constexpr uint8_t kOid[11] = {kTagOid, 0x09, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x09, 0x04};
+    Der oid, set, os;
+    DerCursor it = children(attr);
+    if (attr.t() != kTagSeq || !it.next(oid) || oid.size() != sizeof kOid || !equal(oid.tag, kOid, sizeof kOid))
         return false;
-    if (!next(attr, oid, set) || set.tag != 0x31 || !first_child(set, os) || os.tag != 0x04 || os.len != n)
-        return false;
-    value = os.value;
+    if (!it.next(kTagSet, set) || !der_first(set, kTagOctets, os) || os.len() != n) return false;
+    value = os.val;
     return true;
 }
 
 }  // namespace
 
 bool locate_authdata(const Generation& g, uint8_t* container, AuthData& ad) {
-    El outer, e, attrs, os, a;
-    if (container == nullptr || container[0] != 0x30 || !parse_self(container, outer)) return false;
+    Der outer, e, attrs, os, a;
+    if (container == nullptr || container[0] != kTagSeq || !der_top(container, outer)) return false;
     // version, recipientInfos, macAlgorithm, [1] digestAlgorithm, content,
     // [2] authAttrs, mac.
-    if (!first_child(outer, e) || e.tag != 0x02) return false;
-    if (!next(outer, e, e)) return false;
+    DerCursor it = children(outer);
+    if (!it.next(kTagInt, e)) return false;
+    if (!it.next(e)) return false;
     pkcs15_CEK_t c = get_cek(e);
-    El ukm, wrapped, mac;
-    if (!parse(c.ptr[PKCS15_CEK_UKM], e.end, ukm) || !parse(c.ptr[PKCS15_CEK_ENC], e.end, wrapped) ||
-        !parse(c.ptr[PKCS15_CEK_MAC], e.end, mac) || ukm.len != 8 || wrapped.len != 32 || mac.len != 4)
+    Der ukm, wrapped, mac;
+    if (!der_at(c.ptr[PKCS15_CEK_UKM], e.end, ukm) || !der_at(c.ptr[PKCS15_CEK_ENC], e.end, wrapped) ||
+        !der_at(c.ptr[PKCS15_CEK_MAC], e.end, mac) || ukm.len() != 8 || wrapped.len() != 32 || mac.len() != 4)
         return false;
-    if (!next(outer, e, e) || e.tag != 0x30 || !next(outer, e, e)) return false;
-    if (e.tag == 0xA1 && !next(outer, e, e)) return false;
-    if (!encapsulated(e.at, static_cast<unsigned>(e.end - e.at), os)) return false;
-    if (!next(outer, e, attrs) || attrs.tag != 0xA2) return false;
+    if (!it.next(kTagSeq, e) || !it.next(e)) return false;
+    if (e.t() == kTagCtx1 && !it.next(e)) return false;
+    if (!encapsulated(e.tag, e.size(), os)) return false;
+    if (!it.next(kTagCtx2, attrs)) return false;
     ad.digest = nullptr;
-    for (bool ok = first_child(attrs, a); ok && !ad.digest; ok = next(attrs, a, a))
-        message_digest(a, g.digest_len, ad.digest);
-    if (!ad.digest || !next(outer, attrs, e) || e.tag != 0x04 || e.len != g.digest_len) return false;
-    ad.ukm = ukm.value;
-    ad.wrapped = wrapped.value;
-    ad.wrap_mac = mac.value;
-    ad.content = os.value;
-    ad.content_len = os.len;
-    ad.attrs = attrs.at;
-    ad.attrs_len = static_cast<unsigned>(attrs.end - attrs.at);
-    ad.mac = e.value;
+    for (DerCursor in = children(attrs); !ad.digest && in.next(a);) message_digest(a, g.digest_len, ad.digest);
+    if (!ad.digest || !it.next(kTagOctets, e) || e.len() != g.digest_len) return false;
+    ad.ukm = ukm.val;
+    ad.wrapped = wrapped.val;
+    ad.wrap_mac = mac.val;
+    ad.content = os.val;
+    ad.content_len = os.len();
+    ad.attrs = attrs.tag;
+    ad.attrs_len = attrs.size();
+    ad.mac = e.val;
     return true;
 }
 
 unsigned authdata(const Generation& g, uint8_t* content, unsigned len, type_uN<32>* kek, uint8_t* out) {
     uint64_t inner64 = uint64_t{ad_prefix_len(g)} + len + g.ad_suffix_len;
-    if (wrapped_size(inner64) > kMaxSize) return 0;
-    unsigned inner = static_cast<unsigned>(inner64), total = static_cast<unsigned>(wrapped_size(inner));
-    El os;
+    if (wrapped(inner64) > kMaxSize) return 0;
+    unsigned inner = static_cast<unsigned>(inner64), total = static_cast<unsigned>(wrapped(inner));
+    Der os;
     if (content != nullptr && !encapsulated(content, len, os)) return 0;
     if (out == nullptr) return total;
     if (content == nullptr) return 0;
@@ -94,11 +94,11 @@ unsigned authdata(const Generation& g, uint8_t* content, unsigned len, type_uN<3
         wipe(mac_key, sizeof mac_key);
         return 0;
     }
-    uint8_t* prefix = out + hdr_size(inner);
+    uint8_t* prefix = out + header_size(inner);
     uint8_t* moved = prefix + ad_prefix_len(g);
     uint8_t* suffix = moved + len;
     move(moved, content, len);
-    put_header(out, 0x30, inner);
+    put_header(out, kTagSeq, inner);
     copy(prefix, g.recipient, g.recipient_len);
     prefix[2] = 0;  // AuthenticatedData version 0 where the envelope template has 2
     copy(prefix + g.recipient_len, g.ad_algs, g.ad_algs_len);
@@ -106,8 +106,8 @@ unsigned authdata(const Generation& g, uint8_t* content, unsigned len, type_uN<3
     AuthData ad = {prefix + g.ukm_at,
                    prefix + g.wrapped_at,
                    prefix + g.wrap_mac_at,
-                   moved + (os.value - content),
-                   os.len,
+                   moved + (os.val - content),
+                   os.len(),
                    suffix,
                    g.attrs_len,
                    suffix + g.digest_at,

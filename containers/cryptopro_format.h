@@ -27,10 +27,6 @@ constexpr unsigned char kSelectorZ = 7;  // id-tc26-gost-28147-param-Z
 constexpr unsigned kMaxPassword = 12;
 constexpr unsigned char kPasswordTooLong = 10;
 
-// The group order q of the CryptoPro-A curve (RFC 4357), which the container
-// format uses for its masks whatever curve the key lives on.
-void order_q(type_uN<32>* q);
-
 // Validates the two files in the order the format defines (codes 2, 4, 3, 5,
 // 6); on success *keys is 1 or 2.
 unsigned char check_files(unsigned char* primary, unsigned char* masks, unsigned char selector, unsigned* keys);
@@ -42,6 +38,14 @@ void derive_key(const unsigned char* password, unsigned password_len, const unsi
 // out = mask^-1 * D(enciphered) mod q, the stored key in clear.
 void unmask(const unsigned char* enciphered, type_uN<32>* kek, const unsigned char* mask, unsigned char selector,
             type_uN<32>* out);
+
+// r = r mod q, for q the order of the CryptoPro-A curve (RFC 4357), which
+// the format uses for its masks whatever curve the key lives on. Constant
+// time, as are unmask and mask_mul.
+void reduce_q(type_uN<32>* r);
+
+// x (32 octets) = x * f mod q as the reference mul_mod computes it.
+void mask_mul(unsigned char* x, const type_uN<32>* f);
 
 }  // namespace cryptopro
 }  // namespace kx

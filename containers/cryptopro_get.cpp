@@ -29,7 +29,7 @@ bool certificate_selector(unsigned char* certificate, unsigned char* selector) {
 // A certificate whose key holds fewer than 64 octets matches nothing (its
 // octets are not read past the key).
 bool matches_certificate(type_uN<32>* d, unsigned char* certificate, unsigned char selector) {
-    kx::pki::Der stored;
+    kx::Der stored;
     if (!kx::pki::public_key_octets(certificate, stored) || stored.len() < 64) return false;
     type_uN<64> pub;
     GOST_34_10_2001_gen_open_key(d, &pub, selector);

@@ -3,7 +3,6 @@
 #include "CryptoPro.h"
 
 #include "GOST_28147_89.h"
-#include "GOST_34_10_2001.h"
 #include "PRNG.h"
 #include "containers/cryptopro_format.h"
 #include "core/bytes.h"
@@ -12,7 +11,7 @@ namespace {
 using namespace kx::cryptopro;
 
 struct Work {
-    type_uN<32> kek, q, r, f, salt;
+    type_uN<32> kek, r, f, salt;
 };
 
 unsigned char update(unsigned char* primary, unsigned char* masks, unsigned char* password,
@@ -23,22 +22,19 @@ unsigned char update(unsigned char* primary, unsigned char* masks, unsigned char
     type_uN<32>* key[2] = {reinterpret_cast<type_uN<32>*>(primary + kKey1),
                            reinterpret_cast<type_uN<32>*>(primary + kKey2)};
     type_uN<32>* mask = reinterpret_cast<type_uN<32>*>(masks + kMask);
-    order_q(&w.q);
 
     derive_key(password, password_len, masks + kSalt, &w.kek);
     for (unsigned i = 0; i < keys; ++i) GOST_28147_89_R_ECB(key[i]->b, 32, &w.kek, kSelectorA);
 
-    // The zero test answers 1 or 2, never 0: one draw is made. Kept so.
-    do {
-        if (PRNG_get(&w.r) != 0) return 9;
-        GOST_34_10_2001_set_256_bit(&w.f, &w.r);
-        GOST_34_10_2001_div_mod_p_256_bit(&w.f, nullptr, &w.q);
-    } while (GOST_34_10_2001_comparison_256_bit_zero(&w.f) == 0);
-    GOST_34_10_2001_div_mod_p_256_bit(&w.f, nullptr, &w.q);  // f = r mod q
+    // One draw, f = r mod q: the reference inverts r mod q twice (its loop
+    // on a zero inverse never repeats: the zero test answers 1 or 2, never 0).
+    if (PRNG_get(&w.r) != 0) return 9;
+    kx::copy(w.f.b, w.r.b, 32);
+    reduce_q(&w.f);
 
     // key = mask^-1 * value keeps holding with both sides multiplied by f.
-    for (unsigned i = 0; i < keys; ++i) GOST_34_10_2001_mul_mod_p_256_bit(key[i], key[i], &w.f, &w.q);
-    GOST_34_10_2001_mul_mod_p_256_bit(mask, mask, &w.f, &w.q);
+    for (unsigned i = 0; i < keys; ++i) mask_mul(key[i]->b, &w.f);
+    mask_mul(mask->b, &w.f);
 
     if (PRNG_get(&w.salt) != 0) return 9;
     kx::store32(w.salt.b, kx::load32(w.salt.b) + 1);

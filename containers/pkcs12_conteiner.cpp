@@ -10,6 +10,7 @@
 #include "pkcs5.h"
 
 namespace {
+using namespace kx;
 using namespace kx::p12;
 
 // Key from the password and the salt and count of the elements at the given
@@ -43,7 +44,7 @@ unsigned char compute_mac(unsigned char* c, unsigned char* password, unsigned ch
 // from the container that could send it past the MacData.
 unsigned char store_mac(unsigned char* c, unsigned char* password, unsigned char password_len) {
     unsigned char tag = c[kMacValue];
-    if (tag != 0x02 && tag != 0x04 && tag != 0x06 && tag != 0x30) return 5;
+    if (!accepted_tag(tag)) return 5;
     type_uN<32> mac;
     unsigned char r = compute_mac(c, password, password_len, &mac);
     if (r == 0) kx::copy(c + kMacValue + 2, mac.b, 32);
@@ -90,30 +91,30 @@ KORVEX_API unsigned char pkcs12_create_conteiner(unsigned char* out, unsigned sh
                                                  type_uN<32>* private_key, unsigned char* aux40,
                                                  unsigned char* password, unsigned char password_len,
                                                  unsigned char* salt4, unsigned char* iv8) {
-    unsigned char* p = out;
-    put_header(p, 0x30, 369);             // PFX
-    put_small_int(p, 3);
-    put_header(p, 0x30, 296);             // ContentInfo
-    put_rsa_oid(p, 0x07, 0x01);           // data
-    put_header(p, 0x04, kAuthSafeLen);
-    pkcs12_create_auth_safe_hdr(&p, iv8, salt4);
-    pkcs12_create_safe_contents(&p, private_key, aux40);
+    Writer w{out};
+    w.header(kTagSeq, 369);               // PFX
+    put_small_int(w, 3);
+    w.header(kTagSeq, 296);               // ContentInfo
+    put_rsa_oid(w, 0x07, 0x01);           // data
+    w.header(kTagOctets, kAuthSafeLen);
+    pkcs12_create_auth_safe_hdr(&w.p, iv8, salt4);
+    pkcs12_create_safe_contents(&w.p, private_key, aux40);
 
     // The encipherment and MAC keys share salt and count, hence are equal.
     type_uN<32> key;
     pkcs5_PBKDF2(password, password_len, salt4, kIterations, &key);
     ctr(out + kContent + 3, &key, iv8);
 
-    put_header(p, 0x30, 65);              // MacData
-    put_header(p, 0x30, 53);              // DigestInfo
-    put_header(p, 0x30, 17);
-    put_cp_oid(p, 0x0A);                  // HMAC GOST R 34.11-94
-    put_cp_oid2(p, kSufHashParams);
-    put_header(p, 0x04, 32);
-    GOST_34_11_94_HMAC(out + kAuthSafe, kAuthSafeLen, key.b, 32, reinterpret_cast<type_uN<32>*>(p));
-    p += 32;
-    put_octets(p, salt4, 4);
-    put_count(p, kIterations);
+    w.header(kTagSeq, 65);                // MacData
+    w.header(kTagSeq, 53);                // DigestInfo
+    w.header(kTagSeq, 17);
+    put_cp_oid(w, 0x0A);                  // HMAC GOST R 34.11-94
+    put_cp_oid2(w, kSufHashParams);
+    w.header(kTagOctets, 32);
+    GOST_34_11_94_HMAC(out + kAuthSafe, kAuthSafeLen, key.b, 32, reinterpret_cast<type_uN<32>*>(w.p));
+    w.p += 32;
+    put_octets(w, salt4, 4);
+    put_count(w, kIterations);
     kx::wipe_obj(key);
     return 0;
 }

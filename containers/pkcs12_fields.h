@@ -3,6 +3,9 @@
 #ifndef KORVEX_CONTAINERS_PKCS12_FIELDS_H
 #define KORVEX_CONTAINERS_PKCS12_FIELDS_H
 
+#include "encoding/der.h"
+#include "pkcs12.h"
+
 namespace kx {
 namespace p12 {
 
@@ -55,7 +58,20 @@ inline unsigned number_value(const unsigned char* p, unsigned n) {
     return v;
 }
 
-inline bool accepted_tag(unsigned char t) { return t == 0x02 || t == 0x04 || t == 0x06 || t == 0x30; }
+// The container's length form (pkcs12_ber_code) for the library's DER reader
+// and writer: a base-128 number of at most three octets.
+constexpr unsigned kMaxBerOctets = 3;
+struct BerLength {
+    static unsigned read(const uint8_t* q, size_t room, uint32_t& len) {
+        unsigned n = number_octets(q, room < kMaxBerOctets ? static_cast<unsigned>(room) : kMaxBerOctets);
+        if (n) len = number_value(q, n);
+        return n;
+    }
+    // Every length the container writes is below 64 KiB.
+    static unsigned put(uint8_t* q, uint32_t n) { return pkcs12_ber_code(&q, static_cast<unsigned short>(n)); }
+};
+
+inline bool accepted_tag(unsigned char t) { return t == kTagInt || t == kTagOctets || t == kTagOid || t == kTagSeq; }
 
 // Content of the element whose tag is at buf + offset, when its tag is one of
 // 02, 04, 06, 30 and len content octets fit before buf + size; else null. The

@@ -32,26 +32,21 @@ enum : unsigned {
 // second octet: derive, nonRepudiation.
 enum : uint8_t { kDecrypt = 0x40, kSign = 0x30, kUnwrap = 0x04, kDerive = 0x80, kNonRep = 0x40 };
 
-// Size of t1 { t2 { t3 { attributes, A1 { A2 { envelope } } } } }.
-unsigned object_size(unsigned attrs_len, unsigned env) {
-    return wrapped_size(wrapped_size(wrapped_size(attrs_len + wrapped_size(wrapped_size(env)))));
-}
-
 // Writes one object at p; returns the position behind it, null when the
 // generator fails.
 uint8_t* write_object(const Generation& g, uint8_t* p, const uint8_t tags[3], const uint8_t* attrs, unsigned attrs_len,
                       const uint8_t* data, unsigned len, type_uN<32>* kek) {
     unsigned env = envelope_size(g, len);
-    unsigned a1 = wrapped_size(env);
-    unsigned i3 = attrs_len + wrapped_size(a1);
-    unsigned i2 = wrapped_size(i3);
-    p += put_header(p, tags[0], wrapped_size(i2));
+    unsigned a1 = wrapped(env);
+    unsigned i3 = attrs_len + wrapped(a1);
+    unsigned i2 = wrapped(i3);
+    p += put_header(p, tags[0], wrapped(i2));
     p += put_header(p, tags[1], i2);
     p += put_header(p, tags[2], i3);
     copy(p, attrs, attrs_len);
     p += attrs_len;
-    p += put_header(p, 0xA1, a1);
-    p += put_header(p, 0xA2, env);
+    p += put_header(p, kTagCtx1, a1);
+    p += put_header(p, kTagCtx2, env);
     if (envelope(g, const_cast<uint8_t*>(data), len, kek, p) == 0) return nullptr;
     return p + env;
 }
@@ -90,33 +85,33 @@ unsigned create(const Generation& g, uint8_t* out, const uint8_t* key, unsigned 
                 uint8_t* password, unsigned char passwordLen, bool mapped, unsigned short usage) {
     uint8_t attrs[32];
     unsigned attrs_len = key_attributes(mapped, usage, attrs);
-    unsigned both = object_size(sizeof kRandomAttrs, envelope_size(g, kRandomLen)) +
-                    object_size(attrs_len, envelope_size(g, keyLen));
-    unsigned objects = wrapped_size(both);
-    unsigned token = wrapped_size(g.pwd_header_len + objects);
-    unsigned octets = wrapped_size(token);
-    unsigned a0 = wrapped_size(octets);
-    unsigned content = wrapped_size(sizeof kTokenOid + a0);
+    unsigned both = object_len(sizeof kRandomAttrs, envelope_size(g, kRandomLen)) +
+                    object_len(attrs_len, envelope_size(g, keyLen));
+    unsigned objects = wrapped(both);
+    unsigned token = wrapped(g.pwd_header_len + objects);
+    unsigned octets = wrapped(token);
+    unsigned a0 = wrapped(octets);
+    unsigned content = wrapped(sizeof kTokenOid + a0);
     if (out == nullptr) return authdata(g, nullptr, content, nullptr, nullptr);
     if (key == nullptr || rnd == nullptr) return 0;
 
     uint8_t salt[32];
     if (!draw(salt)) return 0;
     uint8_t* p = out;
-    p += put_header(p, 0x30, sizeof kTokenOid + a0);
+    p += put_header(p, kTagSeq, sizeof kTokenOid + a0);
     copy(p, kTokenOid, sizeof kTokenOid);
     p += sizeof kTokenOid;
-    p += put_header(p, 0xA0, octets);
-    p += put_header(p, 0x04, token);
-    p += put_header(p, 0x30, g.pwd_header_len + objects);
+    p += put_header(p, kTagCtx0, octets);
+    p += put_header(p, kTagOctets, token);
+    p += put_header(p, kTagSeq, g.pwd_header_len + objects);
     copy(p, g.pwd_header, g.pwd_header_len);
     copy(p + g.salt_at, salt, sizeof salt);
     type_uN<32> kek;
     derive_kek(g, password, passwordLen, p + g.salt_at, kPbkdf2Iterations, &kek);
     p += g.pwd_header_len;
-    p += put_header(p, 0x30, both);
-    static constexpr uint8_t kRandomTags[3] = {0xA7, 0xA0, 0xA1};
-    const uint8_t keyTags[3] = {0xA0, 0xA0, g.key_tag};
+    p += put_header(p, kTagSeq, both);
+    static constexpr uint8_t kRandomTags[3] = {tag_ctx(7), kTagCtx0, kTagCtx1};
+    const uint8_t keyTags[3] = {kTagCtx0, kTagCtx0, g.key_tag};
     p = write_object(g, p, kRandomTags, kRandomAttrs, sizeof kRandomAttrs, rnd, kRandomLen, &kek);
     if (p != nullptr) p = write_object(g, p, keyTags, attrs, attrs_len, key, keyLen, &kek);
     unsigned size = p == nullptr ? 0 : authdata(g, out, content, &kek, out);

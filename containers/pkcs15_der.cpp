@@ -1,196 +1,143 @@
-// Bounded DER walking for the PKCS#15 readers: every element must lie inside
-// its parent, so a damaged container is rejected instead of being read past
-// its end. Writing goes through the library's DER primitives.
-#include "ASN1.h"
+// Walks of the PKCS#15 container on the library's bounded DER reader
+// (encoding/der.h): every element must lie inside its parent, so a damaged
+// container is rejected instead of being read past its end.
 #include "containers/pkcs15_internal.h"
 #include "core/bytes.h"
 
 namespace kx {
 namespace p15 {
 
-unsigned put_header(uint8_t* p, uint8_t tag, unsigned len) { return ASN1_set_header(p, tag, len); }
-
 void move(uint8_t* dst, const uint8_t* src, unsigned n) {
     if (dst == src || n == 0) return;
     // Moving up copies from the end so that an overlapping source survives.
     if (dst > src)
-        ASN1_mem_move(const_cast<uint8_t*>(src), dst, n);
+        copy_descending(src, dst, n);
     else
-        ASN1_mem_copy(const_cast<uint8_t*>(src), dst, n);
-}
-
-namespace {
-
-// Header at p with at most `avail` octets readable; 0 when it does not fit
-// or is not a definite length of 1..4 octets.
-unsigned read_header(const uint8_t* p, size_t avail, size_t& len) {
-    if (avail < 2) return 0;
-    unsigned first = p[1];
-    if (first < 0x80) {
-        len = first;
-        return 2;
-    }
-    unsigned n = first & 0x7F;
-    if (n == 0 || n > 4 || avail < 2 + n) return 0;
-    size_t v = 0;
-    for (unsigned i = 0; i < n; ++i) v = (v << 8) | p[2 + i];
-    len = v;
-    return 2 + n;
-}
-
-void fill(uint8_t* p, unsigned hl, size_t len, El& e) {
-    e.at = p;
-    e.tag = p[0];
-    e.value = p + hl;
-    e.len = static_cast<unsigned>(len);
-    e.end = e.value + len;
-}
-
-}  // namespace
-
-bool parse(uint8_t* p, uint8_t* limit, El& e) {
-    if (p == nullptr || limit == nullptr || p >= limit) return false;
-    size_t avail = static_cast<size_t>(limit - p);
-    size_t len = 0;
-    unsigned hl = read_header(p, avail, len);
-    if (hl == 0 || len > avail - hl) return false;
-    fill(p, hl, len, e);
-    return true;
-}
-
-bool parse_self(uint8_t* p, El& e) {
-    if (p == nullptr) return false;
-    size_t len = 0;
-    unsigned hl = read_header(p, 6, len);
-    if (hl == 0) return false;
-    fill(p, hl, len, e);
-    return true;
-}
-
-bool child_tagged(const El& e, uint8_t t, El& c) {
-    for (bool ok = first_child(e, c); ok; ok = next(e, c, c))
-        if (c.tag == t) return true;
-    return false;
+        copy_ascending(src, dst, n);
 }
 
 namespace {
 
 // An INTEGER whose first content octet is v.
-bool is_small_int(const El& e, uint8_t v) { return e.tag == 0x02 && e.len >= 1 && e.value[0] == v; }
+bool is_small_int(const Der& e, uint8_t v) { return e.t() == kTagInt && e.len() >= 1 && e.val[0] == v; }
 
 // SEQUENCE { token OID, [0] { OCTET STRING { SEQUENCE token } } }: the token.
-bool token_of(const El& seq, El& token) {
-    El oid, a0, os;
-    if (seq.tag != 0x30 || !first_child(seq, oid)) return false;
-    if (oid.end - oid.at != sizeof kTokenOid || !equal(oid.at, kTokenOid, sizeof kTokenOid)) return false;
-    if (!next(seq, oid, a0) || a0.tag != 0xA0) return false;
-    if (!first_child(a0, os) || os.tag != 0x04) return false;
-    return first_child(os, token) && token.tag == 0x30;
+bool token_of(const Der& seq, Der& token) {
+    DerCursor it = children(seq);
+    Der oid, a0, os;
+    if (seq.t() != kTagSeq || !it.next(oid)) return false;
+    if (oid.size() != sizeof kTokenOid || !equal(oid.tag, kTokenOid, sizeof kTokenOid)) return false;
+    return it.next(kTagCtx0, a0) && der_first(a0, kTagOctets, os) && der_first(os, kTagSeq, token);
 }
 
 }  // namespace
 
-bool token_span(uint8_t* container, Span& out) {
-    El outer, c, token, version;
-    if (container == nullptr || container[0] != 0x30 || !parse_self(container, outer) || outer.len == 0)
+bool token_span(uint8_t* container, DerCursor& out) {
+    Der outer, c, token, version;
+    if (container == nullptr || container[0] != kTagSeq || !der_top(container, outer) || outer.len() == 0)
         return false;
-    if (!first_child(outer, c) || !is_small_int(c, 0)) return false;
-    while (next(outer, c, c)) {
+    DerCursor it = children(outer);
+    if (!it.next(c) || !is_small_int(c, 0)) return false;
+    while (it.next(c)) {
         if (!token_of(c, token)) continue;
-        if (!first_child(token, version) || !is_small_int(version, 0)) return false;
-        out.begin = version.end;
-        out.end = token.end;
-        return true;
+        out = children(token);
+        return out.next(version) && is_small_int(version, 0);
     }
     return false;
 }
 
-bool objects_seq(const Span& token, El& kmi, El& objects) {
-    El e;
-    kmi.at = nullptr;
-    if (!parse(token.begin, token.end, e)) return false;
-    if (e.tag == 0xA0) {
+bool objects_seq(DerCursor token, Der& kmi, Der& objects) {
+    Der e;
+    kmi.tag = nullptr;
+    if (!token.next(e)) return false;
+    if (e.t() == kTagCtx0) {
         kmi = e;
-        if (!parse(e.end, token.end, e)) return false;
+        if (!token.next(e)) return false;
     }
-    if (e.tag != 0x30 || e.len == 0) return false;
+    if (e.t() != kTagSeq || e.len() == 0) return false;
     objects = e;
     return true;
 }
 
-bool find_object(const El& objects, uint8_t t1, uint8_t t2, uint8_t t3, El& a2) {
-    El o, i2, i3, a1;
-    for (bool ok = first_child(objects, o); ok; ok = next(objects, o, o)) {
-        if (o.tag != t1 || !first_child(o, i2) || i2.tag != t2 || !first_child(i2, i3) || i3.tag != t3) continue;
-        for (bool more = first_child(i3, a1); more; more = next(i3, a1, a1))
-            if (a1.tag == 0xA1 && first_child(a1, a2) && a2.tag == 0xA2) return true;
+bool find_object(const Der& objects, uint8_t t1, uint8_t t2, uint8_t t3, Der& a2) {
+    Der o, i2, i3, a1;
+    for (DerCursor it = children(objects); it.next(o);) {
+        if (o.t() != t1 || !der_first(o, t2, i2) || !der_first(i2, t3, i3)) continue;
+        for (DerCursor in = children(i3); in.next(a1);)
+            if (a1.t() == kTagCtx1 && der_first(a1, kTagCtx2, a2)) return true;
         return false;
     }
     return false;
 }
 
-pkcs15_CEK_t get_cek(const El& set) {
+pkcs15_CEK_t get_cek(const Der& set) {
     pkcs15_CEK_t r = {{nullptr, nullptr, nullptr, nullptr}};
-    El kek, e, alg, par, enc, seq, wrapped, mac;
-    if (set.tag != 0x31 || !child_tagged(set, 0xA2, kek)) return r;
-    if (!first_child(kek, e) || !is_small_int(e, 4)) return r;
-    if (!next(kek, e, e) || e.tag != 0x30) return r;
-    r.ptr[PKCS15_CEK_KEKID] = e.value;
-    if (!next(kek, e, alg) || alg.tag != 0x30) return r;
+    Der kek, e, alg, par, enc, seq, wrapped, mac;
+    if (set.t() != kTagSet || !children(set).find(kTagCtx2, kek)) return r;
+    DerCursor it = children(kek);
+    if (!it.next(e) || !is_small_int(e, 4)) return r;
+    if (!it.next(kTagSeq, e)) return r;
+    r.ptr[PKCS15_CEK_KEKID] = e.val;
+    if (!it.next(kTagSeq, alg)) return r;
     // Key-encryption algorithm { OID, parameters { parameter set, UKM } }.
-    if (first_child(alg, e) && next(alg, e, par) && par.tag == 0x30 && child_tagged(par, 0x04, e))
-        r.ptr[PKCS15_CEK_UKM] = e.at;
-    if (!next(kek, alg, enc) || enc.tag != 0x04) return r;
-    if (!first_child(enc, seq) || seq.tag != 0x30) return r;
-    if (!first_child(seq, wrapped) || wrapped.tag != 0x04) return r;
-    r.ptr[PKCS15_CEK_ENC] = wrapped.at;
-    if (next(seq, wrapped, mac) && mac.tag == 0x04) r.ptr[PKCS15_CEK_MAC] = mac.at;
+    DerCursor a = children(alg);
+    if (a.next(e) && a.next(kTagSeq, par) && children(par).find(kTagOctets, e)) r.ptr[PKCS15_CEK_UKM] = e.tag;
+    if (!it.next(kTagOctets, enc) || !der_first(enc, kTagSeq, seq)) return r;
+    DerCursor s = children(seq);
+    if (!s.next(kTagOctets, wrapped)) return r;
+    r.ptr[PKCS15_CEK_ENC] = wrapped.tag;
+    if (s.next(kTagOctets, mac)) r.ptr[PKCS15_CEK_MAC] = mac.tag;
     return r;
 }
 
-pkcs15_data_t get_data(const El& seq) {
+pkcs15_data_t get_data(const Der& seq) {
     pkcs15_data_t r = {nullptr, nullptr};
-    El type, alg, e, par;
-    if (seq.tag != 0x30 || !first_child(seq, type) || !next(seq, type, alg) || alg.tag != 0x30) return r;
+    Der type, alg, e, par;
+    DerCursor it = children(seq);
+    if (seq.t() != kTagSeq || !it.next(type) || !it.next(kTagSeq, alg)) return r;
     // Content encryption algorithm { OID, parameters { IV, parameter set } }.
-    if (first_child(alg, e) && next(alg, e, par) && par.tag == 0x30 && child_tagged(par, 0x04, e)) r.iv = e.at;
-    if (next(seq, alg, e) && e.tag == 0x80) r.content = e.at;
+    DerCursor a = children(alg);
+    if (a.next(e) && a.next(kTagSeq, par) && children(par).find(kTagOctets, e)) r.iv = e.tag;
+    if (it.next(tag_ctx_prim(0), e)) r.content = e.tag;
     return r;
 }
 
-pkcs15_KEK_t get_kek(const El& a0) {
+pkcs15_KEK_t get_kek(const Der& a0) {
     pkcs15_KEK_t r = {nullptr, 0};
-    El info, alg, seq, oid, par, salt, count;
-    if (a0.tag != 0xA0 || !first_child(a0, info) || info.tag != 0x30) return r;
-    if (!child_tagged(info, 0xA0, alg) || !first_child(alg, seq) || seq.tag != 0x30) return r;
+    Der info, alg, seq, oid, par, salt, count;
+    if (a0.t() != kTagCtx0 || !der_first(a0, kTagSeq, info)) return r;
+    if (!children(info).find(kTagCtx0, alg) || !der_first(alg, kTagSeq, seq)) return r;
     // PBKDF2 { OID, params { salt, iteration count, key length, PRF } }.
-    if (!first_child(seq, oid) || !next(seq, oid, par) || par.tag != 0x30) return r;
-    if (!first_child(par, salt) || salt.tag != 0x04) return r;
-    r.salt = salt.at;
-    if (next(par, salt, count) && count.tag == 0x02 && (count.len == 1 || count.len == 2))
-        r.iterations = count.len == 1 ? count.value[0] : (unsigned(count.value[0]) << 8) | count.value[1];
+    DerCursor it = children(seq);
+    if (!it.next(oid) || !it.next(kTagSeq, par)) return r;
+    DerCursor p = children(par);
+    if (!p.next(kTagOctets, salt)) return r;
+    r.salt = salt.tag;
+    if (p.next(kTagInt, count) && (count.len() == 1 || count.len() == 2))
+        r.iterations = count.len() == 1 ? count.val[0] : (unsigned(count.val[0]) << 8) | count.val[1];
     return r;
 }
 
-bool locate_envelope(const El& a2, Envelope& env) {
-    El version, set, info;
-    if (!first_child(a2, version) || !is_small_int(version, 2)) return false;
-    if (!next(a2, version, set)) return false;
+bool locate_envelope(const Der& a2, Envelope& env) {
+    Der version, set, info;
+    DerCursor it = children(a2);
+    if (!it.next(version) || !is_small_int(version, 2)) return false;
+    if (!it.next(set)) return false;
     pkcs15_CEK_t c = get_cek(set);
-    El ukm, wrapped, mac, iv, content;
-    if (!c.ptr[0] || !parse(c.ptr[PKCS15_CEK_UKM], a2.end, ukm) || !parse(c.ptr[PKCS15_CEK_ENC], a2.end, wrapped) ||
-        !parse(c.ptr[PKCS15_CEK_MAC], a2.end, mac))
+    Der ukm, wrapped, mac, iv, content;
+    if (!c.ptr[0] || !der_at(c.ptr[PKCS15_CEK_UKM], a2.end, ukm) || !der_at(c.ptr[PKCS15_CEK_ENC], a2.end, wrapped) ||
+        !der_at(c.ptr[PKCS15_CEK_MAC], a2.end, mac))
         return false;
-    if (ukm.len != 8 || wrapped.len != 32 || mac.len != 4) return false;
-    if (!next(a2, set, info)) return false;
+    if (ukm.len() != 8 || wrapped.len() != 32 || mac.len() != 4) return false;
+    if (!it.next(info)) return false;
     pkcs15_data_t d = get_data(info);
-    if (!parse(d.iv, a2.end, iv) || !parse(d.content, a2.end, content) || iv.len != 8) return false;
-    env.ukm = ukm.value;
-    env.wrapped = wrapped.value;
-    env.wrap_mac = mac.value;
-    env.iv = iv.value;
-    env.content = content.value;
-    env.content_len = content.len;
+    if (!der_at(d.iv, a2.end, iv) || !der_at(d.content, a2.end, content) || iv.len() != 8) return false;
+    env.ukm = ukm.val;
+    env.wrapped = wrapped.val;
+    env.wrap_mac = mac.val;
+    env.iv = iv.val;
+    env.content = content.val;
+    env.content_len = content.len();
     return true;
 }
 
@@ -200,37 +147,37 @@ bool locate_envelope(const El& a2, Envelope& env) {
 // ---- Exported getters: each element is bounded by its own header. ---------
 
 KORVEX_API unsigned char* pkcs15_get_pkcs15content(unsigned char* container) {
-    kx::p15::Span t;
-    return kx::p15::token_span(container, t) ? t.begin : nullptr;
+    kx::DerCursor t;
+    return kx::p15::token_span(container, t) ? t.p : nullptr;
 }
 
 KORVEX_API unsigned int pkcs15_get_version(unsigned char* container) {
-    using namespace kx::p15;
-    Span t;
-    El kmi, objects, o, i2, x;
-    if (!token_span(container, t) || !objects_seq(t, kmi, objects)) return 0;
-    for (bool ok = first_child(objects, o); ok; ok = next(objects, o, o)) {
-        if (o.tag != 0xA0 || !first_child(o, i2) || i2.tag != 0xA0 || !first_child(i2, x)) continue;
-        if (x.tag == 0xBA) return 1;
-        if (x.tag == 0xBB) return 2;
+    using namespace kx;
+    DerCursor t;
+    Der kmi, objects, o, i2, x;
+    if (!p15::token_span(container, t) || !p15::objects_seq(t, kmi, objects)) return 0;
+    for (DerCursor it = children(objects); it.next(o);) {
+        if (o.t() != kTagCtx0 || !der_first(o, kTagCtx0, i2) || !der_first(i2, x)) continue;
+        if (x.t() == p15::g2001.key_tag) return 1;
+        if (x.t() == p15::g2012.key_tag) return 2;
     }
     return 0;
 }
 
 KORVEX_API pkcs15_CEK_t pkcs15_get_pkcs15_CEK(unsigned char* p) {
-    kx::p15::El e;
-    if (!kx::p15::parse_self(p, e)) return pkcs15_CEK_t{{nullptr, nullptr, nullptr, nullptr}};
+    kx::Der e;
+    if (!kx::der_top(p, e)) return pkcs15_CEK_t{{nullptr, nullptr, nullptr, nullptr}};
     return kx::p15::get_cek(e);
 }
 
 KORVEX_API pkcs15_data_t pkcs15_get_pkcs15_data(unsigned char* p) {
-    kx::p15::El e;
-    if (!kx::p15::parse_self(p, e)) return pkcs15_data_t{nullptr, nullptr};
+    kx::Der e;
+    if (!kx::der_top(p, e)) return pkcs15_data_t{nullptr, nullptr};
     return kx::p15::get_data(e);
 }
 
 KORVEX_API pkcs15_KEK_t pkcs15_get_pkcs15_KEK(unsigned char* p) {
-    kx::p15::El e;
-    if (!kx::p15::parse_self(p, e)) return pkcs15_KEK_t{nullptr, 0};
+    kx::Der e;
+    if (!kx::der_top(p, e)) return pkcs15_KEK_t{nullptr, 0};
     return kx::p15::get_kek(e);
 }

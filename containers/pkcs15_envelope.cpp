@@ -81,55 +81,38 @@ void seal_envelope(const Generation& g, const Envelope& env, type_uN<32>* kek, u
     wrap_key(g, cek32, kek, ukm8, env.wrapped, env.wrap_mac);
 }
 
-namespace {
-
-struct EnvelopeLayout {
-    uint64_t element;  // 04 L value
-    uint64_t info;     // content of the encrypted content info SEQUENCE
-    uint64_t total;
-};
-
-EnvelopeLayout layout(const Generation& g, unsigned len) {
-    EnvelopeLayout l;
-    l.element = wrapped_size(len);
-    l.info = g.enc_info_len + wrapped_size(l.element);
-    l.total = g.recipient_len + wrapped_size(l.info);
-    return l;
-}
-
-}  // namespace
-
 unsigned envelope_size(const Generation& g, unsigned len) {
-    uint64_t total = layout(g, len).total;
+    uint64_t total = envelope_len(g, len);
     return total > kMaxSize ? 0 : static_cast<unsigned>(total);
 }
 
 unsigned envelope(const Generation& g, uint8_t* data, unsigned len, type_uN<32>* kek, uint8_t* out) {
-    EnvelopeLayout l = layout(g, len);
-    if (l.total > kMaxSize) return 0;
-    if (out == nullptr) return static_cast<unsigned>(l.total);
+    unsigned total = envelope_size(g, len);
+    if (total == 0 || out == nullptr) return total;
     // CEK, then a block whose octets 0..7 are the IV and 8..15 the UKM.
     uint8_t cek[32], blk[32];
     if (!draw(cek) || !draw(blk)) {
         wipe(cek, sizeof cek);
         return 0;
     }
+    unsigned element_len = len + header_size(len);                       // 04 L value
+    unsigned info_len = g.enc_info_len + element_len + header_size(element_len);  // 30 L content
     uint8_t* info = out + g.recipient_len;
-    uint8_t* tpl = info + hdr_size(l.info);
-    uint8_t* element = tpl + g.enc_info_len + hdr_size(l.element);
+    uint8_t* tpl = info + header_size(info_len);
+    uint8_t* element = tpl + g.enc_info_len + header_size(element_len);
     // The value goes in first: it may lie at out itself.
-    move(element + hdr_size(len), data, len);
-    put_header(element, 0x04, len);
-    put_header(tpl + g.enc_info_len, 0x80, static_cast<unsigned>(l.element));
+    move(element + header_size(len), data, len);
+    put_header(element, kTagOctets, len);
+    put_header(tpl + g.enc_info_len, tag_ctx_prim(0), element_len);
     copy(tpl, g.enc_info, g.enc_info_len);
-    put_header(info, 0x30, static_cast<unsigned>(l.info));
+    put_header(info, kTagSeq, info_len);
     copy(out, g.recipient, g.recipient_len);
     Envelope env = {out + g.ukm_at,  out + g.wrapped_at, out + g.wrap_mac_at,
-                    tpl + g.iv_at, element,           static_cast<unsigned>(l.element)};
+                    tpl + g.iv_at, element,           element_len};
     seal_envelope(g, env, kek, cek, blk, blk + 8);
     wipe(cek, sizeof cek);
     wipe(blk, sizeof blk);
-    return static_cast<unsigned>(l.total);
+    return total;
 }
 
 }  // namespace p15

@@ -2,6 +2,7 @@
 // generations: 2001 (GOST R 34.11-94, CryptoPro-A, RFC 4357) and 2012
 // (GOST R 34.11-2012 512-bit, id-tc26-gost-28147-param-Z, RFC 7836).
 #include "containers/pkcs15_internal.h"
+#include "containers/pkcs15_locate.h"
 
 #include "GOST_34_11_2012.h"
 #include "GOST_34_11_94.h"
@@ -126,11 +127,11 @@ constexpr Generation generation(bool gost2012, const uint8_t (&recipient)[R], co
 // them, right behind the headers that announce them.
 constexpr bool fits(const Generation& g) {
     const uint8_t* r = g.recipient;
-    return r[g.ukm_at - 2] == 0x04 && r[g.ukm_at - 1] == 8 && r[g.wrapped_at - 2] == 0x04 &&
-           r[g.wrapped_at - 1] == 32 && r[g.wrap_mac_at - 2] == 0x04 && r[g.wrap_mac_at - 1] == 4 &&
-           g.enc_info[g.iv_at - 2] == 0x04 && g.enc_info[g.iv_at - 1] == 8 && g.pwd_header[g.salt_at - 2] == 0x04 &&
-           g.pwd_header[g.salt_at - 1] == 32 && g.ad_suffix[g.digest_at - 2] == 0x04 &&
-           g.ad_suffix[g.digest_at - 1] == g.digest_len && g.ad_suffix[g.ad_mac_at - 2] == 0x04 &&
+    return r[g.ukm_at - 2] == kTagOctets && r[g.ukm_at - 1] == 8 && r[g.wrapped_at - 2] == kTagOctets &&
+           r[g.wrapped_at - 1] == 32 && r[g.wrap_mac_at - 2] == kTagOctets && r[g.wrap_mac_at - 1] == 4 &&
+           g.enc_info[g.iv_at - 2] == kTagOctets && g.enc_info[g.iv_at - 1] == 8 && g.pwd_header[g.salt_at - 2] == kTagOctets &&
+           g.pwd_header[g.salt_at - 1] == 32 && g.ad_suffix[g.digest_at - 2] == kTagOctets &&
+           g.ad_suffix[g.digest_at - 1] == g.digest_len && g.ad_suffix[g.ad_mac_at - 2] == kTagOctets &&
            g.ad_suffix[g.ad_mac_at - 1] == g.digest_len && g.ad_suffix[1] + 2u == g.attrs_len;
 }
 
@@ -141,6 +142,57 @@ const uint8_t kTokenOid[12] = {0x06, 0x0A, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0
 constexpr Generation g2001 = generation(false, kRecipient2001, kEncInfo2001, kPwdHeader2001, kAdAlgs2001, kAdSuffix2001);
 constexpr Generation g2012 = generation(true, kRecipient2012, kEncInfo2012, kPwdHeader2012, kAdAlgs2012, kAdSuffix2012);
 static_assert(fits(g2001) && fits(g2012), "template positions");
+
+namespace {
+
+// The fixed offsets of the 2001 form (pkcs15_locate.h), derived from the
+// templates and the DER header rule for the 786-octet container that
+// pkcs15_create_conteiner writes: random object attributes of 26 octets, key
+// attributes of 31 (one usage-flag octet), a 32-octet key.
+constexpr unsigned kRandomAttrsLen = 26, kKeyAttrsLen = 31;
+
+// Where the A2 content of an object (object_len) starts.
+constexpr uint64_t a2_at(uint64_t attrs, uint64_t env) {
+    uint64_t i3 = attrs + wrapped(wrapped(env));
+    return header_size(wrapped(wrapped(i3))) + header_size(wrapped(i3)) + header_size(i3) + attrs +
+           header_size(wrapped(env)) + header_size(env);
+}
+
+struct Layout {
+    uint64_t size, prefix, token, token_len, salt, random_base, random_value, key_base, attrs;
+};
+
+constexpr Layout layout_2001(const Generation& g) {
+    uint64_t rnd = envelope_len(g, kRandomLen), key = envelope_len(g, 32);
+    uint64_t objects = object_len(kRandomAttrsLen, rnd) + object_len(kKeyAttrsLen, key);
+    uint64_t token_content = g.pwd_header_len + wrapped(objects);
+    uint64_t token = wrapped(token_content);
+    uint64_t content = sizeof kTokenOid + wrapped(wrapped(token));
+    uint64_t inner = ad_prefix_len(g) + wrapped(content) + g.ad_suffix_len;
+    Layout l{};
+    l.size = wrapped(inner);
+    l.prefix = header_size(inner);
+    uint64_t content_at = l.prefix + ad_prefix_len(g);
+    l.token = content_at + header_size(content) + sizeof kTokenOid + header_size(wrapped(token)) + header_size(token);
+    l.token_len = token;
+    l.salt = l.token + header_size(token_content) + g.salt_at;
+    uint64_t first = l.token + header_size(token_content) + g.pwd_header_len + header_size(objects);
+    l.random_base = first + a2_at(kRandomAttrsLen, rnd);
+    l.random_value = l.random_base + g.recipient_len + header_size(g.enc_info_len + wrapped(wrapped(kRandomLen))) +
+                     g.enc_info_len + header_size(wrapped(kRandomLen)) + header_size(kRandomLen);
+    l.key_base = first + object_len(kRandomAttrsLen, rnd) + a2_at(kKeyAttrsLen, key);
+    l.attrs = content_at + wrapped(content);
+    return l;
+}
+constexpr Layout k2001 = layout_2001(g2001);
+static_assert(k2001.size == kSize2001 && k2001.token == kToken2001 && k2001.token_len == kTokenLen2001 &&
+                  k2001.salt == kSalt2001 && k2001.random_base == kRandomBase2001 &&
+                  k2001.random_value == kRandomValue2001 && k2001.key_base == kKeyBase2001 &&
+                  k2001.attrs == kAttrs2001 && k2001.prefix + g2001.ukm_at == kAdUkm2001 &&
+                  k2001.prefix + g2001.wrapped_at == kAdMacKey2001 && k2001.prefix + g2001.wrap_mac_at == kAdMacKeyMac2001,
+              "2001 offsets");
+
+}  // namespace
 
 void digest(const Generation& g, uint8_t* data, unsigned len, uint8_t* out) {
     if (g.gost2012)

@@ -1,5 +1,5 @@
 // Internal pieces shared by the PKCS#15 container code: the two generations'
-// templates and algorithms, a bounded DER walker, key wrapping, enveloping
+// templates and algorithms, walks of the token, key wrapping, enveloping
 // and the AuthenticatedData seal. Not part of the public interface.
 #ifndef KORVEX_CONTAINERS_PKCS15_INTERNAL_H
 #define KORVEX_CONTAINERS_PKCS15_INTERNAL_H
@@ -7,6 +7,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "encoding/der.h"
 #include "korvex_types.h"
 #include "pkcs15.h"
 
@@ -43,7 +44,7 @@ extern const Generation g2001;
 extern const Generation g2012;
 
 // Version 0, the recipient SET, macAlgorithm, digestAlgorithm.
-inline unsigned ad_prefix_len(const Generation& g) { return g.recipient_len + g.ad_algs_len; }
+constexpr unsigned ad_prefix_len(const Generation& g) { return g.recipient_len + g.ad_algs_len; }
 
 // Content-type element of the PKCS#15 token (1.2.840.113549.1.15.3.1).
 extern const uint8_t kTokenOid[12];
@@ -57,54 +58,24 @@ void derive_kek(const Generation& g, uint8_t* password, unsigned char passwordLe
 // 32 random octets; false when the generator is not seeded.
 bool draw(uint8_t* out32);
 
-// ---- DER -------------------------------------------------------------------
-inline unsigned hdr_size(uint64_t len) {
-    return len < 0x80 ? 2 : len < 0x100 ? 3 : len < 0x10000 ? 4 : len < 0x1000000 ? 5 : 6;
-}
-// Sizes are added up in 64 bits so that a builder can see, and refuse, a
-// result that does not fit its 32-bit return value.
-inline uint64_t wrapped_size(uint64_t len) { return hdr_size(len) + len; }
-constexpr uint64_t kMaxSize = 0xFFFFFFFFu;
-// Writes tag and length; returns the header size.
-unsigned put_header(uint8_t* p, uint8_t tag, unsigned len);
+// ---- DER (encoding/der.h) -------------------------------------------------
 // Moves n octets from src to dst; the ranges may overlap.
 void move(uint8_t* dst, const uint8_t* src, unsigned n);
 
-// One element found inside [.., limit).
-struct El {
-    uint8_t* at;     // tag octet
-    uint8_t tag;
-    uint8_t* value;  // first content octet
-    unsigned len;    // content length
-    uint8_t* end;    // value + len
-};
-// Parses the element at p, which must lie with all its content before limit.
-bool parse(uint8_t* p, uint8_t* limit, El& e);
-// Parses an element trusting its own header for its extent.
-bool parse_self(uint8_t* p, El& e);
-// First child of e / sibling after c inside parent; false when none.
-inline bool first_child(const El& e, El& c) { return parse(e.value, e.end, c); }
-inline bool next(const El& parent, const El& c, El& n) { return parse(c.end, parent.end, n); }
-// First child of e carrying tag t.
-bool child_tagged(const El& e, uint8_t t, El& c);
-
-// Walks of the token. token: from behind the token's version to its end.
-struct Span {
-    uint8_t* begin;
-    uint8_t* end;
-};
-bool token_span(uint8_t* container, Span& token);
+// Walks of the token. token: a cursor over the token's children behind its
+// version.
+bool token_span(uint8_t* container, DerCursor& token);
 // The SEQUENCE of objects behind the optional key-management [0] element;
-// kmi receives that [0] element when present (kmi.at null otherwise).
-bool objects_seq(const Span& token, El& kmi, El& objects);
+// kmi receives that [0] element when present (kmi.tag null otherwise).
+bool objects_seq(DerCursor token, Der& kmi, Der& objects);
 // The A2 element holding the enveloped value of the object tagged
 // t1 { t2 { t3 { ..., A1 { A2 } } } } inside the objects SEQUENCE.
-bool find_object(const El& objects, uint8_t t1, uint8_t t2, uint8_t t3, El& a2);
+bool find_object(const Der& objects, uint8_t t1, uint8_t t2, uint8_t t3, Der& a2);
 
 // Bounded forms of the exported getters.
-pkcs15_CEK_t get_cek(const El& set);
-pkcs15_data_t get_data(const El& seq);
-pkcs15_KEK_t get_kek(const El& a0);
+pkcs15_CEK_t get_cek(const Der& set);
+pkcs15_data_t get_data(const Der& seq);
+pkcs15_KEK_t get_kek(const Der& a0);
 
 // ---- Enveloped objects ------------------------------------------------------
 // Where the fields of one enveloped value lie (value octets, no headers).
@@ -118,7 +89,7 @@ struct Envelope {
 };
 // Reads the fields of the enveloped value inside an A2 element; false when
 // anything is missing or of the wrong size.
-bool locate_envelope(const El& a2, Envelope& env);
+bool locate_envelope(const Der& a2, Envelope& env);
 
 // GOST 28147-89 key wrap of RFC 4357 (no diversification): MAC of the plain
 // key under kek with the UKM as IV (low 4 octets), then ECB under kek.
@@ -140,6 +111,16 @@ void decrypt_in_place(const Generation& g, const Envelope& env, type_uN<32>* kek
 void seal_envelope(const Generation& g, const Envelope& env, type_uN<32>* kek, uint8_t* cek32, const uint8_t* iv8,
                    const uint8_t* ukm8);
 
+// Size of an enveloped value of len octets: recipient, 30 { enc_info,
+// 80 { 04 { value } } }. The same sums give the 2001 form's fixed offsets at
+// compile time (pkcs15_generation.cpp).
+constexpr uint64_t envelope_len(const Generation& g, uint64_t len) {
+    return g.recipient_len + wrapped(g.enc_info_len + wrapped(wrapped(len)));
+}
+// Size of an object t1 { t2 { t3 { attributes, A1 { A2 { envelope } } } } }.
+constexpr uint64_t object_len(uint64_t attrs, uint64_t env) {
+    return wrapped(wrapped(wrapped(attrs + wrapped(wrapped(env)))));
+}
 unsigned envelope_size(const Generation& g, unsigned len);
 // pkcs15_content_create for a generation.
 unsigned envelope(const Generation& g, uint8_t* data, unsigned len, type_uN<32>* kek, uint8_t* out);

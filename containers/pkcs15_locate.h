@@ -31,11 +31,11 @@ unsigned check_2001(uint8_t* c, unsigned need, bool shifted, unsigned& s);
 Envelope envelope_2001(uint8_t* c, unsigned base, unsigned value_len);
 
 // 2012: finds the key object (or the random object) and its envelope and
-// the password info element (kmi.at null when absent). 0 or 30.
-unsigned walk_2012(uint8_t* c, bool key_object, El& kmi, Envelope& env);
+// the password info element (kmi.tag null when absent). 0 or 30.
+unsigned walk_2012(uint8_t* c, bool key_object, Der& kmi, Envelope& env);
 // KEK from the password info, honouring its iteration count; zero without
 // password info. 0 or 30.
-unsigned kek_2012(const El& kmi, uint8_t* password, unsigned char passwordLen, type_uN<32>* kek);
+unsigned kek_2012(const Der& kmi, uint8_t* password, unsigned char passwordLen, type_uN<32>* kek);
 
 }  // namespace p15
 }  // namespace kx

@@ -10,9 +10,9 @@ namespace kx {
 namespace p15 {
 
 unsigned check_2001(uint8_t* c, unsigned need, bool shifted, unsigned& s) {
-    El outer, first;
-    if (c == nullptr || c[0] != 0x30 || !parse_self(c, outer)) return kMalformed;
-    if (!first_child(outer, first) || first.tag != 0x02) return kMalformed;
+    Der outer, first;
+    if (c == nullptr || c[0] != kTagSeq || !der_top(c, outer)) return kMalformed;
+    if (!der_first(outer, kTagInt, first)) return kMalformed;
     size_t total = static_cast<size_t>(outer.end - c);
     s = total == kSize2001 + 1 ? 1 : 0;
     return total >= need + (shifted ? s : 0) ? kOk : kMalformed;
@@ -26,22 +26,22 @@ Envelope envelope_2001(uint8_t* c, unsigned base, unsigned value_len) {
     return e;
 }
 
-unsigned kek_2012(const El& kmi, uint8_t* password, unsigned char passwordLen, type_uN<32>* kek) {
+unsigned kek_2012(const Der& kmi, uint8_t* password, unsigned char passwordLen, type_uN<32>* kek) {
     fill(kek, 0, sizeof *kek);
-    if (kmi.at == nullptr) return kOk;  // no password info: the KEK stays zero
+    if (kmi.tag == nullptr) return kOk;  // no password info: the KEK stays zero
     pkcs15_KEK_t k = get_kek(kmi);
-    El salt;
-    if (!parse(k.salt, kmi.end, salt) || salt.len != 32 || k.iterations == 0) return kMalformed;
-    derive_kek(g2012, password, passwordLen, salt.value, static_cast<unsigned short>(k.iterations), kek);
+    Der salt;
+    if (!der_at(k.salt, kmi.end, salt) || salt.len() != 32 || k.iterations == 0) return kMalformed;
+    derive_kek(g2012, password, passwordLen, salt.val, static_cast<unsigned short>(k.iterations), kek);
     return kOk;
 }
 
-unsigned walk_2012(uint8_t* c, bool key_object, El& kmi, Envelope& env) {
-    Span token;
-    El objects, a2;
+unsigned walk_2012(uint8_t* c, bool key_object, Der& kmi, Envelope& env) {
+    DerCursor token;
+    Der objects, a2;
     if (!token_span(c, token) || !objects_seq(token, kmi, objects)) return kMalformed;
-    bool found = key_object ? find_object(objects, 0xA0, 0xA0, g2012.key_tag, a2)
-                            : find_object(objects, 0xA7, 0xA0, 0xA1, a2);
+    bool found = key_object ? find_object(objects, kTagCtx0, kTagCtx0, g2012.key_tag, a2)
+                            : find_object(objects, tag_ctx(7), kTagCtx0, kTagCtx1, a2);
     if (!found || !locate_envelope(a2, env)) return kMalformed;
     unsigned n = env.content_len;
     bool ok = key_object ? (n == 2 + 32 || n == 2 + 64) : n == 2 + kRandomLen;
@@ -69,7 +69,7 @@ unsigned read_2001(uint8_t* c, bool key_object, uint8_t* out, uint8_t* password,
 }
 
 unsigned read_2012(uint8_t* c, bool key_object, uint8_t* out, uint8_t* password, unsigned char passwordLen) {
-    El kmi;
+    Der kmi;
     Envelope env;
     unsigned rc = walk_2012(c, key_object, kmi, env);
     if (rc != kOk) return rc;

@@ -70,7 +70,7 @@ unsigned update_2001(uint8_t* c, uint8_t* password, unsigned char passwordLen) {
 unsigned update_2012(uint8_t* c, uint8_t* password, unsigned char passwordLen) {
     const Generation& g = g2012;
     AuthData ad;
-    El kmi, kmi_key;
+    Der kmi, kmi_key;
     Envelope rnd, key;
     if (!locate_authdata(g, c, ad) || walk_2012(c, false, kmi, rnd) != kOk || walk_2012(c, true, kmi_key, key) != kOk)
         return kMalformed;
@@ -97,7 +97,7 @@ unsigned update_2012(uint8_t* c, uint8_t* password, unsigned char passwordLen) {
         wipe_obj(kek);
         return rc;
     }
-    put_header(rnd.content, 0x04, kRandomLen);
+    put_header(rnd.content, kTagOctets, kRandomLen);
     copy(rnd.content + 2, r[0], 32);
     copy(rnd.content + 34, r[1], 8);
     seal_envelope(g, rnd, &kek, r[2], r[1] + 8, r[1] + 16);

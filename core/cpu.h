@@ -49,6 +49,15 @@ inline bool cpu_has_avx2() {
     }) != 0;
 }
 
+// BMI2 (mulx) and ADX (adcx, adox): CPU flags only (leaf 7 EBX bits 8, 19).
+inline bool cpu_has_bmi2_adx() {
+    static std::atomic<unsigned> state{0};
+    return cpu_detail::cached(state, [] {
+        unsigned a, b, c, d;
+        return unsigned(__get_cpuid_count(7, 0, &a, &b, &c, &d) && (b & (1u << 8)) && (b & (1u << 19)));
+    }) != 0;
+}
+
 // SSSE3 (pshufb): a CPU flag only.
 inline bool cpu_has_ssse3() {
     static std::atomic<unsigned> state{0};

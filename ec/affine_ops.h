@@ -32,6 +32,14 @@ struct AffineOps {
         add<W>(x, tx, y, ty, c.a, c.p);
     }
 
+    // Whether x(u * P + v * (px, py)) mod q = r.
+    static bool twin_check(const N& r, const N& u, const N& v, const N& px, const N& py, const Curve& c) {
+        N x, y;
+        twin_mul(x, y, u, v, px, py, c);
+        bn::mod_p(x, c.q);
+        return bn::equal(x, r);
+    }
+
     // r = a * b mod q.
     static void mul_q(N& r, const N& a, const N& b, const Curve& c) { bn::mul_mod(r, a, b, c.q); }
 

@@ -131,14 +131,12 @@ inline unsigned char verify(const void* hash, const unsigned char* Q, unsigned c
     N s = bn::load<W>(sig), r = bn::load<W>(sig + 8 * W);
     if (bn::cmp(s, c.q) != bn::kLess || bn::is_zero(s) || bn::cmp(r, c.q) != bn::kLess || bn::is_zero(r))
         return 0;
-    N e = digest<W>(hash, c.q), v, z1, z2, x, y, zero{};
+    N e = digest<W>(hash, c.q), v, z1, z2, zero{};
     Ops::inv_q(v, e, c);
     Ops::mul_q(z1, s, v, c);
     Ops::mul_q(z2, r, v, c);
     bn::sub_mod(z2, zero, z2, c.q);
-    Ops::twin_mul(x, y, z1, z2, bn::load<W>(Q), bn::load<W>(Q + 8 * W), c);
-    bn::mod_p(x, c.q);
-    unsigned char ok = bn::equal(x, r) ? 1 : 0;
+    unsigned char ok = Ops::twin_check(r, z1, z2, bn::load<W>(Q), bn::load<W>(Q + 8 * W), c) ? 1 : 0;
     rotate(sig);
     return ok;
 }

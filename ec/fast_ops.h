@@ -47,8 +47,8 @@ inline void comb_mul(bn::Num<W>& x, bn::Num<W>& y, const bn::Num<W>& k, const Co
             uint64_t v = static_cast<uint64_t>(d ^ (j + 1));
             uint64_t m = fe::mask(((v | (0 - v)) >> 63) ^ 1);
             for (unsigned w = 0; w < W; ++w) {
-                e.x.w[w] |= t[i][j][0][w] & m;
-                e.y.w[w] |= t[i][j][1][w] & m;
+                e.x.w[w] |= t[i][j][0][w] & fe::opaque(m);
+                e.y.w[w] |= t[i][j][1][w] & fe::opaque(m);
             }
         }
         uint64_t nz = static_cast<uint64_t>(d);
@@ -118,19 +118,22 @@ struct FastOps {
         wipe_obj(kr);
     }
 
-    // Public data only. The reference adds u * G and v * Q (each exact, as
-    // above) with an affine addition that is exact too (x equal: infinity or
-    // a doubling of a point with y != 0); the engine's sum is exact unless
-    // an addition meets P = +-Q, and then the reference is asked.
-    static void twin_mul(N& x, N& y, const N& u, const N& v, const N& px, const N& py, const Curve& c) {
+    // Whether x(u * G + v * Q) mod q = r, public data only. The reference
+    // adds u * G and v * Q (each exact, as above) with an affine addition
+    // that is exact too (x equal: infinity or a doubling of a point with
+    // y != 0), and infinity's (0, 0) never matches r != 0; the engine's sum
+    // is exact unless an addition meets P = +-Q, and then the reference is
+    // asked.
+    static bool twin_check(const N& r, const N& u, const N& v, const N& px, const N& py, const Curve& c) {
         if (c.fast && grp::on_curve_var(px, py, *c.fast)) {
             const grp::Curve<W>& f = *c.fast;
             grp::Jac<W> Q{{}, {}, f.p.one}, acc;
             fe::to_mont(Q.x, px, f.p);
             fe::to_mont(Q.y, py, f.p);
-            if (grp::mul2_var(acc, u, base(f), v, Q, f)) return grp::to_affine(x, y, acc, f);
+            if (grp::mul2_var(acc, u, (*c.comb)[0], v, Q, f))
+                return !bn::is_zero(acc.z) && grp::x_mod_q_is_var(acc, r, f);
         }
-        Ref::twin_mul(x, y, u, v, px, py, c);
+        return Ref::twin_check(r, u, v, px, py, c);
     }
 
     // r = a * b mod q. The callers pass a < q (r and e of a signature, a
@@ -163,13 +166,43 @@ struct FastOps {
         wipe_obj(S);
     }
 
-    // 1/a mod q by Fermat (q is prime; 0 gives 0, as the reference does).
+    // 1/a mod q for public a < q (the verifier's e), by the binary
+    // extended Euclid in variable time; 0 gives 0, as the reference does.
+    // Invariant: x1 * a = u and x2 * a = v mod q; q is prime, so u and v
+    // never reach 0 and one of them ends at 1.
     static void inv_q(N& r, const N& a, const Curve& c) {
         if (!c.fast) return Ref::inv_q(r, a, c);
-        N t;
-        fe::to_mont(t, a, c.fast->q);
-        fe::inv(t, t, c.fast->q);
-        fe::from_mont(r, t, c.fast->q);
+        const N& q = c.fast->q.m;
+        if (bn::is_zero(a)) return void(r = N{});
+        N u = a, v = q, x1 = bn::from_u64<W>(1), x2{};
+        const N one = x1;
+        while (!bn::equal(u, one) && !bn::equal(v, one)) {
+            halve_var(u, x1, q);
+            halve_var(v, x2, q);
+            if (!fe::less_mask(u, v)) {
+                fe::sub_b(u, u, v);
+                fe::sub(x1, x1, x2, q);
+            } else {
+                fe::sub_b(v, v, u);
+                fe::sub(x2, x2, x1, q);
+            }
+        }
+        r = bn::equal(u, one) ? x1 : x2;
+    }
+
+  private:
+    // While u is even: u /= 2 and x = x / 2 mod q (q odd: x + q is even).
+    static void halve_var(N& u, N& x, const N& q) {
+        while (!(u.w[0] & 1)) {
+            shr1(u, 0);
+            uint64_t odd = x.w[0] & 1, top = odd ? fe::add_c(x, x, q) : 0;
+            shr1(x, top);
+        }
+    }
+
+    static void shr1(N& a, uint64_t top) {
+        for (unsigned i = 0; i + 1 < W; ++i) a.w[i] = (a.w[i] >> 1) | (a.w[i + 1] << 63);
+        a.w[W - 1] = (a.w[W - 1] >> 1) | (top << 63);
     }
 };
 

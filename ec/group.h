@@ -136,19 +136,19 @@ inline void add_ct(Jac<W>& r, const Jac<W>& P, const Jac<W>& Q, const Curve<W>& 
 }
 
 // r = P + Q in variable time. False when P = +-Q (both finite): the caller
-// then falls back to the reference path.
-template <unsigned W>
+// then falls back to the reference path. QAff: Q is finite with Z = one.
+template <unsigned W, bool QAff = false>
 inline bool add_var(Jac<W>& r, const Jac<W>& P, const Jac<W>& Q, const Curve<W>& c) {
     if (bn::is_zero(P.z)) {
         r = Q;
         return true;
     }
-    if (bn::is_zero(Q.z)) {
+    if (!QAff && bn::is_zero(Q.z)) {
         r = P;
         return true;
     }
     N<W> h, rr;
-    add_raw(r, h, rr, P, Q, c);
+    add_raw<W, QAff>(r, h, rr, P, Q, c);
     return !bn::is_zero(h);
 }
 

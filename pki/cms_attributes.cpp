@@ -6,8 +6,8 @@
 #include "Base64.h"
 #include "CMS.h"
 #include "core/bytes.h"
+#include "encoding/der.h"
 #include "pki/cms_templates.h"
-#include "pki/der_walk.h"
 
 namespace kx {
 namespace pki {
@@ -75,8 +75,6 @@ unsigned int decoded_len(const unsigned char* b64, unsigned int n) {
     return v;
 }
 
-unsigned int wrapped_size(unsigned int n) { return n ? ASN1_calculate_len_of_hdr(n) + n : 0; }
-
 // Exact size of CMS_create_Attr's output, computed without writing it.
 unsigned int attr_list_size(unsigned char* text, unsigned int len) {
     if (!text) return 0;
@@ -87,7 +85,7 @@ unsigned int attr_list_size(unsigned char* text, unsigned int len) {
             unsigned char oid[256];  // an OID text of 255 characters never gives more octets
             unsigned int o = ASN1_code_ASCII_OID_to_DER(text + pos, static_cast<unsigned char>(k), oid);
             unsigned int v = decoded_len(text + pos + k + 1, b64);
-            if (o) total += wrapped_size(wrapped_size(o) + wrapped_size(v));
+            if (o) total += static_cast<unsigned int>(wrapped(wrapped(o) + wrapped(v)));
         }
         pos += n + 1;
     }
@@ -167,9 +165,9 @@ unsigned char* sort_run(const Run& r, unsigned char* first, unsigned int n) {
 // Puts the n octets at p behind a header of tag, in place; returns the
 // element size.
 unsigned int wrap_in_place(unsigned char* p, unsigned char tag, unsigned int n) {
-    unsigned int h = ASN1_calculate_len_of_hdr(n);
+    unsigned int h = header_size(n);
     ASN1_mem_move(p, p + h, n);
-    ASN1_set_header(p, tag, n);
+    put_header(p, tag, n);
     return h + n;
 }
 
@@ -177,6 +175,7 @@ unsigned int wrap_in_place(unsigned char* p, unsigned char tag, unsigned int n) 
 }  // namespace pki
 }  // namespace kx
 
+using namespace kx;
 using namespace kx::pki;
 
 KORVEX_API unsigned int CMS_create_Attribute(unsigned char* text, unsigned int len, unsigned char* out) {
@@ -185,16 +184,16 @@ KORVEX_API unsigned int CMS_create_Attribute(unsigned char* text, unsigned int l
     unsigned int o = ASN1_code_ASCII_OID_to_DER(text, static_cast<unsigned char>(k), out);
     if (o == 0) return 0;
     unsigned int v = Base64_decode_msg(text + k + 1, b64, out + o);
-    unsigned int ho = ASN1_calculate_len_of_hdr(o), hv = ASN1_calculate_len_of_hdr(v);
+    unsigned int ho = header_size(o), hv = header_size(v);
     unsigned int total = hv + v + ho + o;
-    unsigned int ht = ASN1_calculate_len_of_hdr(total);
+    unsigned int ht = header_size(total);
     // Attribute ::= SEQUENCE { attrType OID, attrValues SET { value } }; the
     // value is inserted verbatim.
     ASN1_mem_move(out + o, out + ht + ho + o + hv, v);
     ASN1_mem_move(out, out + ht + ho, o);
-    ASN1_set_header(out, kTagSeq, total);
-    ASN1_set_header(out + ht, kTagOid, o);
-    ASN1_set_header(out + ht + ho + o, kTagSet, v);
+    put_header(out, kTagSeq, total);
+    put_header(out + ht, kTagOid, o);
+    put_header(out + ht + ho + o, kTagSet, v);
     return total + ht;
 }
 
@@ -255,8 +254,10 @@ KORVEX_API unsigned int CMS_create_SignedAttr(unsigned char* signedText, unsigne
         // headers can exceed the text-based bound: never answer less than the
         // block really takes.
         unsigned int exact = kSignatureElement;
-        if (hasSigned) exact += wrapped_size(sizeof kFixedSignedAttrs + attr_list_size(signedText, signedLen));
-        if (hasUnsigned) exact += wrapped_size(attr_list_size(unsignedText, unsignedLen));
+        if (hasSigned) exact += static_cast<unsigned int>(wrapped(sizeof kFixedSignedAttrs + attr_list_size(signedText, signedLen)));
+        // The [1] element is left out when no item encodes.
+        unsigned int u = hasUnsigned ? attr_list_size(unsignedText, unsignedLen) : 0;
+        if (u) exact += static_cast<unsigned int>(wrapped(u));
         return exact > bound ? exact : bound;
     }
 
@@ -268,10 +269,9 @@ KORVEX_API unsigned int CMS_create_SignedAttr(unsigned char* signedText, unsigne
         CMS_DER_SetOf_sort(p, n);
         p += wrap_in_place(p, kTagCtx0, n);
     }
-    p[0] = kTagOctets;
-    p[1] = 64;
-    kx::fill(p + 2, 0, 64);
-    p += kSignatureElement;
+    p += put_header(p, kTagOctets, 64);
+    kx::fill(p, 0, 64);
+    p += 64;
     if (hasUnsigned) {
         unsigned int n = CMS_create_Attr(unsignedText, unsignedLen, p);
         if (n) p += wrap_in_place(p, kTagCtx1, n);  // in the order given
@@ -282,8 +282,8 @@ KORVEX_API unsigned int CMS_create_SignedAttr(unsigned char* signedText, unsigne
 KORVEX_API unsigned char* CMS_SignedAttr_find_msg_digest_value_field(unsigned char* signedAttrs) {
     Der a, attr;
     if (!der_top(signedAttrs, a) || a.t() != kTagCtx0) return nullptr;
-    DerIter it = children(a);
-    while (der_next(it, attr)) {
+    DerCursor it = children(a);
+    while (it.next(attr)) {
         if (attr.t() != kTagSeq) return nullptr;
         // SEQUENCE { messageDigest OID, SET { OCTET STRING (32) } }
         if (attr.len() == kMessageDigestAttrLen &&
@@ -297,16 +297,16 @@ KORVEX_API cms_mime_type_t CMS_SignedAttr_MIME_type(unsigned char* signedAttrs) 
     cms_mime_type_t none{nullptr, 0};
     Der a, attr, values, value, e;
     if (!der_top(signedAttrs, a) || a.len() == 0 || a.val[0] != kTagSeq) return none;
-    DerIter it = children(a);
-    while (der_next(it, attr)) {
+    DerCursor it = children(a);
+    while (it.next(attr)) {
         if (!fits(attr.val, sizeof kContentTypeOid, attr.end) ||
             !kx::equal(attr.val, kContentTypeOid, sizeof kContentTypeOid))
             continue;
-        DerIter in = children(attr);
-        if (!der_next(in, e) || !der_next(in, kTagSet, values) || !der_first(values, kTagSeq, value))
+        DerCursor in = children(attr);
+        if (!in.next(e) || !in.next(kTagSet, values) || !der_first(values, kTagSeq, value))
             return none;
-        DerIter v = children(value);
-        if (!der_next(v, e) || !der_next(v, kTagOctets, e)) return none;
+        DerCursor v = children(value);
+        if (!v.next(e) || !v.next(kTagOctets, e)) return none;
         return cms_mime_type_t{e.val, e.len()};
     }
     return none;

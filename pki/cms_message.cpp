@@ -1,44 +1,25 @@
 // The SignedData ContentInfo (RFC 5652 5.1-5.3): building it around a
 // signer block and locating its parts.
-#include "ASN1.h"
 #include "CMS.h"
 #include "core/bytes.h"
+#include "encoding/der.h"
 #include "pki/cms_templates.h"
-#include "pki/der_walk.h"
 #include "pki/x509_key.h"
 
 namespace kx {
 namespace pki {
 namespace {
 
-constexpr unsigned char kVersion1[3] = {0x02, 0x01, 0x01};
-
-// Header size of an element with n content octets, empty ones included.
-// Sizes are added up in 64 bits, so that a message too large for the 32-bit
-// result is seen and refused rather than given a wrapped size.
-uint64_t hdr(uint64_t n) { return n == 0 ? 2 : n > 0xFFFFFFFFu ? 7 : ASN1_calculate_len_of_hdr(static_cast<unsigned>(n)); }
-
-// Whole size of an element with n content octets.
-uint64_t wrapped(uint64_t n) { return hdr(n) + n; }
-
-// Sequential writer over the output buffer.
-struct Writer {
-    unsigned char* p;
-    void header(unsigned char tag, uint64_t n) { p += ASN1_set_header(p, tag, static_cast<unsigned int>(n)); }
-    void bytes(const unsigned char* src, unsigned int n) {
-        ASN1_mem_copy(const_cast<unsigned char*>(src), p, n);
-        p += n;
-    }
-};
+constexpr unsigned char kVersion1[3] = {kTagInt, 1, 1};  // INTEGER 1
 
 // The signer's issuer and serialNumber, from a certificate with an explicit
 // version field.
 bool signer_fields(unsigned char* cert, Der& c, Der& issuer, Der& serial) {
     Der tbs, e;
     if (!enter_tbs(cert, c, tbs)) return false;
-    DerIter it = children(tbs);
-    if (!der_next(it, kTagCtx0, e) || !der_next(it, kTagInt, serial) || !der_next(it, kTagSeq, e) ||
-        !der_next(it, kTagSeq, issuer))
+    DerCursor it = children(tbs);
+    if (!it.next(kTagCtx0, e) || !it.next(kTagInt, serial) || !it.next(kTagSeq, e) ||
+        !it.next(kTagSeq, issuer))
         return false;
     return serial.len() != 0 && issuer.len() != 0;
 }
@@ -52,6 +33,7 @@ bool oid_is(const Der& e, const unsigned char* oid, unsigned int n) {
 }  // namespace pki
 }  // namespace kx
 
+using namespace kx;
 using namespace kx::pki;
 
 KORVEX_API unsigned int CMS_SignedData_create(unsigned char* content, unsigned int contentLen,
@@ -79,10 +61,10 @@ KORVEX_API unsigned int CMS_SignedData_create(unsigned char* content, unsigned i
                           wrapped(signerInfos);
     uint64_t contentInfo = sizeof kSignedDataOid + wrapped(wrapped(signedData));
     uint64_t total = wrapped(contentInfo);
-    if (total > 0xFFFFFFFFu) return 0;
+    if (total > kMaxSize) return 0;
     if (!out) return static_cast<unsigned int>(total);
 
-    Writer w{out};
+    DerWriter w{out};
     w.header(kTagSeq, contentInfo);
     w.bytes(kSignedDataOid, sizeof kSignedDataOid);
     w.header(kTagCtx0, wrapped(signedData));
@@ -119,45 +101,45 @@ KORVEX_API cms_signed_data_t CMS_SignedData_parse(unsigned char* msg) {
     r.status = 1;
     Der ci, e, sd, algs, alg, oid, encap, si;
     if (!der_top(msg, ci) || ci.t() != kTagSeq) return r;
-    DerIter it = children(ci);
-    if (!der_next(it, e) || !oid_is(e, kSignedDataOid, sizeof kSignedDataOid)) return r;
-    if (!der_next(it, kTagCtx0, e) || !der_first(e, kTagSeq, sd)) return r;
+    DerCursor it = children(ci);
+    if (!it.next(e) || !oid_is(e, kSignedDataOid, sizeof kSignedDataOid)) return r;
+    if (!it.next(kTagCtx0, e) || !der_first(e, kTagSeq, sd)) return r;
 
     it = children(sd);
-    if (!der_next(it, kTagInt, e) || !der_next(it, kTagSet, algs)) return r;
+    if (!it.next(kTagInt, e) || !it.next(kTagSet, algs)) return r;
     if (!der_first(algs, alg) || !der_first(alg, oid) || !oid_is(oid, kDigestOid, sizeof kDigestOid)) return r;
-    if (!der_next(it, kTagSeq, encap)) return r;
-    DerIter in = children(encap);
-    if (!der_next(in, kTagOid, e)) return r;
+    if (!it.next(kTagSeq, encap)) return r;
+    DerCursor in = children(encap);
+    if (!in.next(kTagOid, e)) return r;
     Der wrapper, octets;
-    if (der_next(in, kTagCtx0, wrapper) && der_first(wrapper, kTagOctets, octets)) {
+    if (in.next(kTagCtx0, wrapper) && der_first(wrapper, kTagOctets, octets)) {
         r.content = octets.val;
         r.content_len = octets.len();
     }
 
-    if (!der_next(it, e)) return r;
+    if (!it.next(e)) return r;
     if (e.t() == kTagCtx0) {  // certificates: only the first is used
         Der cert;
         if (der_first(e, cert) && cert.t() == kTagSeq) {
             r.certificate = cert.tag;
             r.certificate_len = cert.size();
         }
-        if (!der_next(it, e)) return r;
+        if (!it.next(e)) return r;
     }
-    if (e.t() == kTagCtx1 && !der_next(it, e)) return r;  // crls
+    if (e.t() == kTagCtx1 && !it.next(e)) return r;  // crls
     if (e.t() != kTagSet || !der_first(e, kTagSeq, si)) return r;  // only the first signer
 
     in = children(si);
-    if (!der_next(in, kTagInt, e) || !der_next(in, kTagSeq, e)) return r;
+    if (!in.next(kTagInt, e) || !in.next(kTagSeq, e)) return r;
     r.signer_id = e.tag;
     r.signer_id_len = e.size();
-    if (!der_next(in, kTagSeq, e) || !der_next(in, e)) return r;
+    if (!in.next(kTagSeq, e) || !in.next(e)) return r;
     if (e.t() == kTagCtx0) {
         r.signed_attrs = e.tag;
         r.signed_attrs_len = e.size();
-        if (!der_next(in, e)) return r;
+        if (!in.next(e)) return r;
     }
-    if (e.t() != kTagSeq || !der_next(in, kTagOctets, e)) return r;
+    if (e.t() != kTagSeq || !in.next(kTagOctets, e)) return r;
     r.signature = e.val;
     r.signature_len = e.len();
     r.status = 0;

@@ -4,7 +4,7 @@
 #include "GOST_34_10_2001.h"
 #include "GOST_34_11_94.h"
 #include "core/bytes.h"
-#include "pki/der_walk.h"
+#include "encoding/der.h"
 #include "pki/x509_key.h"
 
 namespace kx {
@@ -71,6 +71,7 @@ bool signed_attrs_value(unsigned char* signedAttrs, type_uN<32>* value) {
 }  // namespace pki
 }  // namespace kx
 
+using namespace kx;
 using namespace kx::pki;
 
 KORVEX_API unsigned int CMS_sig_SignedAttr(unsigned char* block, unsigned char* content,

@@ -10,8 +10,8 @@ namespace kx {
 namespace pki {
 namespace {
 
-constexpr unsigned char kTagVersion = kTagCtx0, kTagIssuerUid = 0x81, kTagSubjectUid = 0x82,
-                        kTagExtensions = 0xA3;
+constexpr unsigned char kTagVersion = kTagCtx0, kTagIssuerUid = tag_ctx_prim(1), kTagSubjectUid = tag_ctx_prim(2),
+                        kTagExtensions = tag_ctx(3);
 
 // Attribute types of the X.520 short attributes, in the order they are
 // tried, and the slot of x509_name each one fills.
@@ -68,10 +68,10 @@ x509_field_ref content(const Der& e) { return x509_field_ref{e.val, static_cast<
 
 // keyUsage flags from the extnValue OCTET STRING of the extension whose
 // OID ends at it.p.
-unsigned int key_usage_value(DerIter it) {
+unsigned int key_usage_value(DerCursor it) {
     Der e, bits;
-    if (!der_next(it, e)) return 0;
-    if (e.t() == kTagBool && !der_next(it, e)) return 0;  // critical flag
+    if (!it.next(e)) return 0;
+    if (e.t() == kTagBool && !it.next(e)) return 0;  // critical flag
     if (e.t() != kTagOctets || !der_first(e, kTagBitString, bits)) return 0;
     // L - 1 octets after the unused-bits octet, counted in 8 bits; the
     // unused-bits count itself is not applied (trailing bits are zero in DER).
@@ -87,14 +87,15 @@ unsigned int key_usage_value(DerIter it) {
 }  // namespace pki
 }  // namespace kx
 
+using namespace kx;
 using namespace kx::pki;
 
 KORVEX_API x509_name x_509_parse_Name_field(unsigned char* name) {
     x509_name out{};
     Der n, rdn;
     if (!der_top(name, n) || n.t() != kTagSeq || n.len() == 0) return out;
-    DerIter it = children(n);  // RDN SETs, tag not checked
-    while (der_next(it, rdn)) name_attribute(rdn, out);
+    DerCursor it = children(n);  // RDN SETs, tag not checked
+    while (it.next(rdn)) name_attribute(rdn, out);
     return out;
 }
 
@@ -102,15 +103,15 @@ KORVEX_API x509_field_pointers x_509_get_field_pointers(unsigned char* cert) {
     x509_field_pointers out{};
     Der tbs, e;
     if (!enter_tbs(cert, tbs)) return out;
-    DerIter it = children(tbs);
-    if (!der_next(it, kTagVersion, e)) return out;  // v1 certificates have no explicit version
-    if (!der_next(it, kTagInt, e)) return out;
+    DerCursor it = children(tbs);
+    if (!it.next(kTagVersion, e)) return out;  // v1 certificates have no explicit version
+    if (!it.next(kTagInt, e)) return out;
     out.serial_number = whole(e);
-    if (!der_next(it, kTagSeq, e) || !der_next(it, kTagSeq, e)) return out;
+    if (!it.next(kTagSeq, e) || !it.next(kTagSeq, e)) return out;
     out.issuer = whole(e);
-    if (!der_next(it, kTagSeq, e)) return out;
+    if (!it.next(kTagSeq, e)) return out;
     out.validity = whole(e);
-    if (!der_next(it, kTagSeq, e)) return out;
+    if (!it.next(kTagSeq, e)) return out;
     out.subject = whole(e);
     return out;
 }
@@ -118,21 +119,21 @@ KORVEX_API x509_field_pointers x_509_get_field_pointers(unsigned char* cert) {
 KORVEX_API unsigned int x_509_get_key_usage(unsigned char* cert) {
     Der tbs, version, v, e, exts, ext, oid;
     if (!enter_tbs(cert, tbs)) return 0;
-    DerIter it = children(tbs);
-    if (!der_next(it, kTagVersion, version) || !der_first(version, kTagInt, v)) return 0;
+    DerCursor it = children(tbs);
+    if (!it.next(kTagVersion, version) || !der_first(version, kTagInt, v)) return 0;
     if (v.len() == 0 || v.val[0] < 2) return 0;  // extensions exist from v3 on
-    if (!der_next(it, kTagInt, e)) return 0;
+    if (!it.next(kTagInt, e)) return 0;
     for (int i = 0; i < 5; ++i)  // signature, issuer, validity, subject, subjectPublicKeyInfo
-        if (!der_next(it, kTagSeq, e)) return 0;
-    if (!der_next(it, e)) return 0;
-    if (e.t() == kTagIssuerUid && !der_next(it, e)) return 0;
-    if (e.t() == kTagSubjectUid && !der_next(it, e)) return 0;
+        if (!it.next(kTagSeq, e)) return 0;
+    if (!it.next(e)) return 0;
+    if (e.t() == kTagIssuerUid && !it.next(e)) return 0;
+    if (e.t() == kTagSubjectUid && !it.next(e)) return 0;
     if (e.t() != kTagExtensions || !der_first(e, kTagSeq, exts)) return 0;
-    DerIter x = children(exts);
-    while (der_next(x, ext)) {
+    DerCursor x = children(exts);
+    while (x.next(ext)) {
         if (ext.t() != kTagSeq) return 0;
-        DerIter in = children(ext);
-        if (!der_next(in, kTagOid, oid)) return 0;
+        DerCursor in = children(ext);
+        if (!in.next(kTagOid, oid)) return 0;
         if (oid.len() == sizeof kKeyUsageOid && kx::equal(oid.val, kKeyUsageOid, sizeof kKeyUsageOid))
             return key_usage_value(in);
     }
@@ -143,17 +144,17 @@ KORVEX_API x509_textbox x_509_get_textbox_of_cer(unsigned char* cert) {
     x509_textbox out{};
     Der tbs, e, validity, t;
     if (!enter_tbs(cert, tbs)) return out;
-    DerIter it = children(tbs);
-    if (!der_next(it, e)) return out;  // taken to be the version, whatever it is
-    DerIter from = it;
-    if (der_next(from, kTagInt, e)) out.serial_number = content(e);
+    DerCursor it = children(tbs);
+    if (!it.next(e)) return out;  // taken to be the version, whatever it is
+    DerCursor from = it;
+    if (from.next(kTagInt, e)) out.serial_number = content(e);
     for (int i = 0; i < 3; ++i)  // serialNumber, signature, issuer
-        if (!der_next(it, e)) return out;
-    if (!der_next(it, kTagSeq, validity)) return out;
-    DerIter v = children(validity);
-    if (!der_next(v, kTagUtcTime, t)) return out;  // GeneralizedTime is not shown
+        if (!it.next(e)) return out;
+    if (!it.next(kTagSeq, validity)) return out;
+    DerCursor v = children(validity);
+    if (!v.next(kTagUtcTime, t)) return out;  // GeneralizedTime is not shown
     out.not_before = content(t);
-    if (!der_next(v, kTagUtcTime, t)) return out;
+    if (!v.next(kTagUtcTime, t)) return out;
     out.not_after = content(t);
     return out;
 }

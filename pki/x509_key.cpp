@@ -1,5 +1,4 @@
 // Certificate public key, its GOST parameter set and the length helpers (RFC 5280 layout, RFC 4491 GOST keys).
-#include "ASN1.h"
 #include "core/bytes.h"
 #include "pki/x509_key.h"
 #include "x_509.h"
@@ -21,8 +20,8 @@ constexpr unsigned int kNoSelector = 0xFFFFFFFFu;
 bool find_spki(unsigned char* cert, Der& spki) {
     Der tbs;
     if (!enter_tbs(cert, tbs) || tbs.len() == 0) return false;
-    DerIter it = children(tbs);
-    while (der_next(it, spki))
+    DerCursor it = children(tbs);
+    while (it.next(spki))
         if (spki.t() == kTagSeq && spki.len() != 0 && spki.val[0] == kTagSeq) return true;
     return false;
 }
@@ -33,8 +32,8 @@ bool find_spki(unsigned char* cert, Der& spki) {
 bool param_set_oid(unsigned char* cert, Der& oid, unsigned char*& limit) {
     Der spki, alg, skip, params;
     if (!find_spki(cert, spki) || !der_first(spki, kTagSeq, alg)) return false;
-    DerIter it = children(alg);
-    if (!der_next(it, kTagOid, skip) || !der_next(it, kTagSeq, params)) return false;
+    DerCursor it = children(alg);
+    if (!it.next(kTagOid, skip) || !it.next(kTagSeq, params)) return false;
     if (!der_first(params, kTagOid, oid)) return false;
     limit = params.end;
     return true;
@@ -58,8 +57,8 @@ bool enter_tbs(unsigned char* cert, Der& c, Der& tbs) {
 bool public_key_octets(unsigned char* cert, Der& key) {
     Der spki, bits;
     if (!find_spki(cert, spki)) return false;
-    DerIter it = children(spki);
-    if (!der_next(it, key) || !der_next(it, kTagBitString, bits)) return false;
+    DerCursor it = children(spki);
+    if (!it.next(key) || !it.next(kTagBitString, bits)) return false;
     // The key is an OCTET STRING wrapped in the BIT STRING after its
     // unused-bits octet.
     if (bits.len() < 2 || bits.val[1] != kTagOctets) return false;
@@ -78,6 +77,7 @@ bool verification_key(unsigned char* cert, unsigned char*& key, unsigned char& s
 }  // namespace pki
 }  // namespace kx
 
+using namespace kx;
 using namespace kx::pki;
 
 KORVEX_API unsigned char* x_509_find_public_key_info_block(unsigned char* cert) {
@@ -112,7 +112,7 @@ KORVEX_API unsigned int x_509_get_open_key_parametrs_ds_512bit(unsigned char* ce
 
 KORVEX_API unsigned int x_509_get_block_length(unsigned char* p) {
     if (!p) return 0;
-    switch (ASN1_header_legth(p)) {
+    switch (kx::header_at(p)) {
         case 2:
             return p[1];
         case 3:  // reads the first content octet as the low byte: only for lengths >= 256

@@ -3,8 +3,8 @@
 #ifndef KORVEX_PKI_X509_KEY_H
 #define KORVEX_PKI_X509_KEY_H
 
+#include "encoding/der.h"
 #include "korvex_types.h"
-#include "pki/der_walk.h"
 
 namespace kx {
 namespace pki {

@@ -18,6 +18,7 @@ unsigned char check_signature(type_uN<32>* hash, unsigned char* key, const unsig
 }  // namespace pki
 }  // namespace kx
 
+using namespace kx;
 using namespace kx::pki;
 
 KORVEX_API unsigned int x_509_check_certificate(unsigned char* cert, unsigned char* issuerCert) {
@@ -27,8 +28,8 @@ KORVEX_API unsigned int x_509_check_certificate(unsigned char* cert, unsigned ch
     unsigned char sel;
     Der c, tbs, alg, bits;
     if (!verification_key(issuerCert ? issuerCert : cert, key, sel) || !enter_tbs(cert, c, tbs)) return 0;
-    DerIter it{tbs.end, c.end};
-    if (!der_next(it, alg) || !der_next(it, kTagBitString, bits) || bits.len() < 65) return 0;
+    DerCursor it{tbs.end, c.end};
+    if (!it.next(alg) || !it.next(kTagBitString, bits) || bits.len() < 65) return 0;
 
     type_uN<32> hash;
     GOST_34_11_94_hash(tbs.tag, tbs.size(), nullptr, &hash);

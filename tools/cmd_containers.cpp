@@ -121,14 +121,19 @@ int pkcs12(const std::string& sub, int argc, char** argv, int first) {
 }
 
 int cryptopro(const std::string& sub, int argc, char** argv, int first) {
-    cli::Args a = cli::parse(argc, argv, first, with(kPassOpts, {"-o", "--cert"}), {});
+    cli::Args a = cli::parse(argc, argv, first, with(kPassOpts, {"-o", "--cert", "--cert-out"}), {});
     if (a.pos.size() != 1) throw Error("name one container folder");
+    if (sub == "info") {
+        cli::cryptopro_info(a.pos[0]);
+        return 0;
+    }
     std::string pw = cli::password(a, "Password for " + a.pos[0] + ": ");
     if (sub == "read") {
         cli::CryptoProKey k = cli::cryptopro_read(a.pos[0], a.get("--cert"), pw);
         cli::wipe(pw);
-        std::fprintf(stderr, "key from %s.key matches the certificate\n", k.which.c_str());
-        print_key(k.key, a, a.pos[0]);
+        if (!k.note.empty()) std::fprintf(stderr, "%s\n", k.note.c_str());
+        std::fprintf(stderr, "key from %s.key%s\n", k.which.c_str(), k.cert.empty() ? "" : " matches the certificate");
+        cli::write_key_and_cert(k.key, k.cert, a.get("-o", "-"), a.get("--cert-out"), a.pos[0]);
         return 0;
     }
     if (sub == "update") {
@@ -136,7 +141,7 @@ int cryptopro(const std::string& sub, int argc, char** argv, int first) {
         cli::wipe(pw);
         return 0;
     }
-    throw Error("unknown cryptopro command '" + sub + "' (read, update)");
+    throw Error("unknown cryptopro command '" + sub + "' (read, info, update)");
 }
 
 }  // namespace
@@ -185,15 +190,23 @@ int cryptopro(int argc, char** argv, int first) {
     std::string sub = first < argc ? argv[first] : "";
     if (cli::wants_sub_help(sub, argc, argv, first)) {
         std::printf(
-            "usage: korvex cryptopro read DIR [--cert CERT] [-o KEY]\n"
+            "usage: korvex cryptopro read DIR [--pass SOURCE] [--cert CERT] [-o KEY.pem] [--cert-out CERT.pem]\n"
+            "       korvex cryptopro info DIR\n"
             "       korvex cryptopro update DIR [--cert CERT]\n\n"
-            "A CryptoPro container folder (header.key, primary.key, masks.key, and\n"
-            "primary2.key, masks2.key when it holds a second key). read unmasks the\n"
-            "key that matches the certificate (from --cert or header.key) and writes\n"
-            "it as PKCS#8 PEM; update first opens the key against the same\n"
-            "certificate (and refuses without one), then re-masks the keys under fresh\n"
-            "masks and salts with the same password. Passwords have at most 12 characters.\n"
-            "Exit codes: 3 wrong password or foreign certificate, 4 damaged container.\n");
+            "A CryptoPro container folder. Folders made by CryptoPro CSP (GOST R\n"
+            "34.10-2001, 2012 256- and 512-bit keys) are recognised by header.key:\n"
+            "read checks its MAC, the masks' MACs, the password and the key's\n"
+            "fingerprint, falls back to the backup copy (primary2.key, masks2.key)\n"
+            "when the first is damaged, and writes the key as PKCS#8 PEM and the\n"
+            "certificate (from header.key or --cert) with --cert-out; info shows the\n"
+            "generation, curve, name and certificate without a password.\n"
+            "Folders in the library's own format (primary.key, masks.key, optional\n"
+            "header.key with the certificate) open as before: read unmasks the key that\n"
+            "matches the certificate (from --cert or header.key, passwords of at most\n"
+            "12 characters); update first opens the key against the same certificate\n"
+            "(and refuses without one), then re-masks the keys under fresh masks and\n"
+            "salts with the same password (this format only).\n"
+            "Exit codes: 1 certificate not the key's, 3 wrong password, 4 damaged container.\n");
         return sub.empty() ? 2 : 0;
     }
     return ::cryptopro(sub, argc, argv, first + 1);

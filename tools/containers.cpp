@@ -1,11 +1,15 @@
 #include "containers.h"
 
+#include <cstdio>
 #include <sys/random.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "CryptoPro.h"
 #include "PRNG.h"
+#include "cert_info.h"
 #include "certs.h"
+#include "formats/csp_container.h"
 #include "formats/pfx.h"
 #include "pkcs12.h"
 #include "pkcs15.h"
@@ -258,6 +262,10 @@ KeyPair pkcs12_read(Bytes& c, const std::string& pw, const Curve* curve) {
 }
 
 CryptoProKey cryptopro_read(const std::string& dir, const std::string& cert_path, const std::string& pw) {
+    if (formats::csp_folder(dir)) {
+        formats::CspKey ck = formats::csp_read(dir, pw, cert_path.empty() ? Bytes{} : load_cert(cert_path));
+        return CryptoProKey{from_pkcs8(ck.key), ck.cert, ck.which, ck.note};
+    }
     if (pw.size() > CRYPTOPRO_MAX_PASSWORD_LEN)
         throw Error("CryptoPro passwords have at most " + std::to_string(CRYPTOPRO_MAX_PASSWORD_LEN) + " characters");
     CryptoProKey out{};
@@ -267,7 +275,7 @@ CryptoProKey cryptopro_read(const std::string& dir, const std::string& cert_path
         Bytes header = read_file(dir + "/header.key", kSmallFile);
         require_der(header, dir + "/header.key", false);
         unsigned char* c = CryptoPro_conteiner_get_certificate(header.data());
-        if (!c) throw Error(dir + ": no certificate in header.key; name one with --cert");
+        if (!c) throw Error(dir + "/header.key: no certificate found (damaged?); name one with --cert", 4);
         unsigned n = x_509_get_certificate_length(c);
         if (!n || c + n > header.data() + header.size()) throw Error(dir + "/header.key: damaged certificate");
         out.cert.assign(c, c + n);
@@ -299,11 +307,52 @@ CryptoProKey cryptopro_read(const std::string& dir, const std::string& cert_path
     throw Error("damaged CryptoPro container (code " + std::to_string(last) + ")", 4);
 }
 
+void write_key_and_cert(const KeyPair& k, const Bytes& cert, const std::string& key_out, const std::string& cert_out,
+                        const std::string& source) {
+    if (!cert_out.empty() && cert.empty()) throw Error(source + ": no certificate to write (name one with --cert)", 4);
+    std::string pem = private_pem(k);
+    write_file(key_out, pem, {source}, 0600);
+    wipe(pem);
+    if (cert_out.empty()) return;
+    try {
+        write_file(cert_out, formats::pem_encode("CERTIFICATE", cert), {source, key_out});
+    } catch (...) {
+        if (key_out != "-") ::unlink(key_out.c_str());
+        throw;
+    }
+}
+
+void cryptopro_info(const std::string& dir) {
+    if (!formats::csp_folder(dir)) {
+        const size_t n = key_files(dir).size();
+        std::printf("CryptoPro container in the library's own format, %zu key file pair%s\n", n, n == 1 ? "" : "s");
+        return;
+    }
+    formats::CspHeader h = formats::csp_header(dir);
+    const formats::CurveInfo& c = formats::curve_by_oid(h.curve_oid);
+    std::printf("CryptoPro CSP container, %s key (%s)\n", formats::gen_name(h.gen), h.alg_oid.c_str());
+    std::printf("name:        %s\n", h.name.empty() ? "(none)" : h.name.c_str());
+    std::printf("curve:       %s (%s)\n", c.title, h.curve_oid.c_str());
+    std::printf("password:    %s\n", h.hmac_password.empty() ? "none recorded" : "set");
+    if (!h.key_not_after.empty()) std::printf("key usable until: %s\n", h.key_not_after.c_str());
+    if (h.cert.empty()) {
+        std::printf("certificate: none in header.key\n");
+        return;
+    }
+    Cert cert = parse_cert(h.cert);
+    std::printf("subject:     %s\n", name_text(cert.subject).c_str());
+    std::printf("issuer:      %s\n", name_text(cert.issuer).c_str());
+    std::printf("not before:  %s\n", time_text(cert.not_before).c_str());
+    std::printf("not after:   %s\n", time_text(cert.not_after).c_str());
+}
+
 void cryptopro_update(const std::string& dir, const std::string& cert_path, const std::string& pw) {
     // The library's update re-masks whatever the password deciphers, so a
     // wrong password would destroy the key: the key is first opened against
     // the certificate (header.key's or --cert), and without one nothing is
     // done. All files are re-masked in memory before any is written.
+    if (formats::csp_folder(dir))
+        throw Error(dir + ": a CryptoPro CSP container; update re-masks only the library's own format", kExitRefused);
     CryptoProKey check = cryptopro_read(dir, cert_path, pw);
     wipe(check.key.d);
     seed_generator();

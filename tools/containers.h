@@ -40,8 +40,19 @@ struct CryptoProKey {
     KeyPair key;
     Bytes cert;
     std::string which;  // "primary" or "primary2"
+    std::string note;   // why the first copy was passed over, or empty
 };
+// Folders made by CryptoPro CSP (their header.key says so) are read by
+// tools/formats/csp_container, any length of password; the others in the
+// library's own format, passwords of at most 12 characters.
 CryptoProKey cryptopro_read(const std::string& dir, const std::string& cert_path, const std::string& pw);
+// The key as PKCS#8 PEM to key_out ("-": standard output) and, when
+// cert_out is not empty, the certificate as PEM; on a failure nothing is
+// left behind.
+void write_key_and_cert(const KeyPair& k, const Bytes& cert, const std::string& key_out, const std::string& cert_out,
+                        const std::string& source);
+// Generation, curve, name, certificate: no password needed.
+void cryptopro_info(const std::string& dir);
 void cryptopro_update(const std::string& dir, const std::string& cert_path, const std::string& pw);
 
 // Any private-key source: PKCS#8 (PEM or DER), a korvex key file, a PFX or

@@ -12,16 +12,10 @@ namespace {
 
 using namespace cpt;
 
-std::unique_ptr<unsigned char[]> exact(const Bytes& b) {
-    std::unique_ptr<unsigned char[]> p(new unsigned char[b.size()]);
-    std::copy(b.begin(), b.end(), p.get());
-    return p;
-}
-
 const Container kRef = container("two_keys_match_first");
 
 unsigned char get(const Bytes& primary, const Bytes& masks, const Bytes& certificate_der = certificate("cert_d1_A")) {
-    auto pr = exact(primary), ma = exact(masks), cert = exact(certificate_der), pw = exact(kRef.password);
+    Exact pr(primary), ma(masks), cert(certificate_der), pw(kRef.password);
     Bytes mb(40), key(32);
     return CryptoPro_conteiner_get(pr.get(), ma.get(), cert.get(), mb.data(), k32(&key), pw.get(),
                                    len(kRef.password));
@@ -30,7 +24,7 @@ unsigned char get(const Bytes& primary, const Bytes& masks, const Bytes& certifi
 // Every reader and the update, on files cut short with a consistent length.
 void all(const Bytes& primary, const Bytes& masks, unsigned char code, size_t n) {
     EXPECT_EQ(code, get(primary, masks)) << n;
-    auto pr = exact(primary), ma = exact(masks), pw = exact(kRef.password);
+    Exact pr(primary), ma(masks), pw(kRef.password);
     Bytes mb(40);
     unsigned char l = len(kRef.password);
     EXPECT_EQ(code, CryptoPro_conteiner_get_no_pass_chek(pr.get(), ma.get(), mb.data(), nullptr, nullptr, pw.get(), l))
@@ -94,7 +88,7 @@ TEST(CryptoProHostile, ShortCertificateKeyMatchesNothing) {
 
 // A found certificate lies inside the header buffer.
 void find(const Bytes& header, size_t min) {
-    auto buf = exact(header);
+    Exact buf(header);
     unsigned char* p = CryptoPro_conteiner_get_certificate(buf.get());
     if (p) { EXPECT_TRUE(p >= buf.get() + min && p <= buf.get() + header.size()) << kt::to_hex(header); }
 }

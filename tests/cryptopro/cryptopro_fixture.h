@@ -7,11 +7,12 @@
 #include <vector>
 
 #include "CryptoPro.h"
-#include "common/test_util.h"
+#include "common/buffers.h"
+#include "common/der.h"
 
 namespace cpt {
 
-using kt::Bytes;
+using namespace kt;
 
 struct Container {
     std::string name;
@@ -28,26 +29,11 @@ inline Container container(const std::string& name) {
 }
 
 inline Bytes certificate(const std::string& name) { return kt::load_file("cryptopro/" + name + ".der"); }
-inline Bytes str(const char* s) { return Bytes(s, s + std::char_traits<char>::length(s)); }
 inline unsigned char len(const Bytes& b) { return static_cast<unsigned char>(b.size()); }
 inline type_uN<32>* k32(Bytes* b) { return b ? reinterpret_cast<type_uN<32>*>(b->data()) : nullptr; }
 
 inline unsigned char update(Container& c) {
     return CryptoPro_conteiner_update(c.primary.data(), c.masks.data(), c.password.data(), len(c.password));
-}
-
-inline Bytes cat(std::initializer_list<Bytes> parts) {
-    Bytes out;
-    for (auto& p : parts) out.insert(out.end(), p.begin(), p.end());
-    return out;
-}
-
-// A header file: 30 { 30 { elements } }, each given whole.
-inline Bytes tlv(unsigned char tag, const Bytes& content) {
-    auto n = static_cast<unsigned char>(content.size());
-    size_t size = content.size();
-    if (size < 128) return cat({{tag, n}, content});
-    return cat({size < 256 ? Bytes{tag, 0x81, n} : Bytes{tag, 0x82, uint8_t(size >> 8), n}, content});
 }
 
 }  // namespace cpt

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "common/generator.h"
 #include "cryptopro_fixture.h"
 
 namespace {
@@ -68,13 +69,16 @@ TEST(CryptoProGet, ReadsKnownContainersAndMismatches) {
     }
 }
 
+// Structure codes: the readers write nothing, the update leaves both files.
 TEST(CryptoProGet, StructureCodesLeaveOutputsUnchanged) {
     struct { bool in_masks; unsigned offset; unsigned char value, code; } table[] = {
-        {false, 0, 0x31, 2}, {false, 1, 0x23, 4}, {false, 1, 0x45, 4}, {false, 1, 0x00, 4},
-        {true, 0, 0x31, 3},  {true, 1, 0x35, 5},  {true, 1, 0x37, 5},
+        {false, 0, 0x31, 2}, {false, 1, 0x21, 4}, {false, 1, 0x23, 4}, {false, 1, 0x45, 4}, {false, 1, 0x00, 4},
+        {true, 0, 0x31, 3},  {true, 1, 0x34, 5},  {true, 1, 0x35, 5},  {true, 1, 0x37, 5},
         // mask, salt, last salt octet, stored MAC
-        {true, 4, 0x00, 6},  {true, 40, 0x00, 6}, {true, 49, 0x00, 6}, {true, 52, 0x00, 6}, {true, 55, 0x00, 6},
+        {true, 4, 0x00, 6},  {true, 40, 0x00, 6}, {true, 45, 0x00, 6}, {true, 49, 0x00, 6}, {true, 52, 0x00, 6},
+        {true, 55, 0x00, 6},
     };
+    seed(3);
     for (bool z : {false, true}) {
         for (auto& t : table) {
             SCOPED_TRACE(t.offset);
@@ -84,6 +88,11 @@ TEST(CryptoProGet, StructureCodesLeaveOutputsUnchanged) {
             Out out;
             EXPECT_EQ(t.code, get(c, certificate("cert_d1_A"), out, z));
             EXPECT_TRUE(out.untouched());
+            if (z) continue;
+            Container before = c;
+            EXPECT_EQ(t.code, update(c));
+            EXPECT_EQ(before.primary, c.primary);
+            EXPECT_EQ(before.masks, c.masks);
         }
     }
     // Primary checked before masks; the certificate's parameter set before both.

@@ -1,4 +1,5 @@
-// Constant-time check of GOST R 34.10 keys, signatures and VKO under valgrind
+// Constant-time check of GOST R 34.10 keys, signatures and VKO, and of the
+// CryptoPro containers' mask arithmetic, under valgrind
 // memcheck: private keys, the generator state and UKMs are marked undefined,
 // so any branch or memory address that depends on them is reported. Only the
 // library's loop tests on drawn values (d = 0, r = 0, s = 0) declare
@@ -9,6 +10,7 @@
 #include <cstring>
 #include <initializer_list>
 
+#include "CryptoPro.h"
 #include "GOST_34_10_2001.h"
 #include "GOST_34_10_2012.h"
 #include "PRNG.h"
@@ -22,6 +24,28 @@ void declassify(T& v) { VALGRIND_MAKE_MEM_DEFINED(&v, sizeof v); }
 
 volatile unsigned char g_sink;
 const unsigned char kLeakTable[16] = {3, 1, 4, 1, 5, 9, 2, 6, 5, 3, 5, 8, 9, 7, 9, 3};
+
+// A CryptoPro container (tests/vectors/cryptopro/cryptopro.txt, one_key).
+unsigned char hex(char c) { return static_cast<unsigned char>(c <= '9' ? c - '0' : c - 'a' + 10); }
+template <unsigned L>
+void unhex(unsigned char (&out)[L], const char* s) {
+    for (unsigned i = 0; i < L; ++i) out[i] = static_cast<unsigned char>(hex(s[2 * i]) << 4 | hex(s[2 * i + 1]));
+}
+
+// The container's mask arithmetic: the enciphered key, the mask and the
+// password secret (the structure, salt and MAC are public).
+int cryptopro() {
+    unsigned char primary[36], masks[56], password[8] = {'1', '2', '3', '4', '5', '6', '7', '8'}, block[40];
+    unhex(primary, "302204200b03517c60ab8b6d26229a2c08233b6b6bef8f8239e1a15245d0cfc26bd49999");
+    unhex(masks, "303604209e7d5c3b1a0f8d6e4c2a1b7f5d3e9c6a28f4b0d1c7a5936e14082f7b9e3c5a1d040ca1b2c3d4e5f607"
+                 "18293a4b5c0404f9d6d4a1");
+    VALGRIND_MAKE_MEM_UNDEFINED(primary + 4, 32);
+    VALGRIND_MAKE_MEM_UNDEFINED(masks + 4, 32);
+    VALGRIND_MAKE_MEM_UNDEFINED(password, sizeof password);
+    int bad = CryptoPro_conteiner_get_no_pass_chek(primary, masks, block, nullptr, nullptr, password, 8);
+    bad |= CryptoPro_conteiner_update(primary, masks, password, 8);
+    return bad;
+}
 
 template <class T>
 void fill(T& v, unsigned salt) {
@@ -76,6 +100,7 @@ int main(int argc, char** argv) {
         declassify(Q);
         bad |= GOST_34_10_2012_check_DS_512_bit(&h, &Q, &sig, set) != 1;
     }
+    bad |= cryptopro();
     declassify(bad);
     return bad ? 3 : 0;
 }

@@ -7,6 +7,7 @@
 #include <valgrind/memcheck.h>
 
 #include "formats/gost.h"
+#include "formats/modq.h"
 #include "formats/pkcs8.h"
 
 namespace {
@@ -34,5 +35,13 @@ int main() {
     k.d = d;
     Secret der = formats::pkcs8_encode(k);
     formats::PrivateKey back = formats::pkcs8_decode(der.data(), der.size());
+    // Taking a CryptoPro container's mask off its key, 256 and 512 bits.
+    for (const char* curve : {"1.2.643.2.2.35.2", "1.2.643.7.1.2.1.2.1"}) {
+        const Bytes q = formats::curve_order(curve);
+        Bytes x(q.size(), 0xA5), mask(q.size(), 0x3C);
+        secret(x);
+        secret(mask);
+        formats::mul_inverse_mod(x, mask, q);
+    }
     return 0;
 }

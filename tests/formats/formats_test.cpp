@@ -6,8 +6,10 @@
 #include <functional>
 
 #include "common/test_util.h"
+#include "formats/csp_container.h"
 #include "formats/csp_kdf.h"
 #include "formats/gost.h"
+#include "formats/modq.h"
 #include "formats/pfx.h"
 #include "GOST_28147_89.h"
 
@@ -213,12 +215,52 @@ TEST(CspContainer, PasswordKdfOfEveryGeneration) {
     }
     // header.key of each generation: intact, one flipped octet, truncated.
     for (const char* g : {"g2001", "g2012256", "g2012512"}) {
-        Bytes hd = load(std::string("csp-") + g + "-header.key");
+        Bytes hd = load(std::string("csp/") + g + ".000/header.key");
         const bool g2012 = std::string(g) != "g2001";
         EXPECT_TRUE(formats::csp_header_mac_matches(hd, g2012)) << g;
         hd[100] ^= 1;
         EXPECT_FALSE(formats::csp_header_mac_matches(hd, g2012)) << g;
         hd.resize(hd.size() / 2);
         EXPECT_FALSE(formats::csp_header_mac_matches(hd, g2012)) << g;
+    }
+}
+
+// Taking the mask off: d = x * mask^-1 mod q, both copies of every
+// generation (VECTORS.txt: ECB-decrypted key, mask, d; little-endian).
+TEST(CspContainer, UnmaskingModuloTheCurveOrder) {
+    struct Row { const char* x; const char* mask; const char* curve; const char* d; } rows[] = {
+        {"06caf40483649d91a4a8ab5e5c7480333bdcf1078e6cf0874ce28fa672e770f2",
+         "e3523b1edde1334735b25b04dde191594edc3ad25bea1fe7d9f444c22fe9b672", "1.2.643.2.2.36.0",
+         "b52cb428dc96e1a8a8842cb221c7f1565afdd4cc41403fbc11442d28680c89b1"},
+        {"5d0aa5767673b29279b176dab0cfcbae22c93b82e23572e6396f476a87298d24",
+         "15e30a8a523ade6b7528cb54f5d604327236db4a14f0d6eaeeea7237881f7e76", "1.2.643.2.2.36.0",
+         "b52cb428dc96e1a8a8842cb221c7f1565afdd4cc41403fbc11442d28680c89b1"},
+        {"f5875fcfedbad203ae70603cfb4c00659c0d2f10218250492e46f5e9cb5a322e",
+         "977f17bf89b6e572a1bbccb91a8e24f3e9c57c54951e13d30531efef01380bdc", "1.2.643.2.2.36.0",
+         "3cfc260415ec96566791cfdd388245882db0f0fc41c05eb24aed208560bf586c"},
+        {"c21b4cbb10891d5c01393f37bf2aea558d74fbb2a6d89e9ddd9d4d301eb3f1b6df2b5680c7ddfe514ce99bc93f43a8c8c54000532118bf50ec975ae95c12d32c",
+         "e2c7a458907c78b8b1c029f5271d0e835850f997e23f41242f5bdb10045f86c293e4741727052d6c596dca1ea8324a0059f7c3f8add41d0ba6027db25335ab77",
+         "1.2.643.7.1.2.1.2.1",
+         "5c61ceef14fe82c86ef33e07a9be66d79d542c1f44aa8a4b1d0bc1d42892c06b7e9be81460e909fe6e6cc77b4c174a1107b90359a2f8c960f866d405499624a6"},
+        {"ebd8b00f3a5439fb9514d0bdcf35fab63cc765678147647e9a6720d8aa87722d421e200bdb9b21f866bda32dee6f26a79203965094dcc239856ace91a212e821",
+         "bec8b74f73eddcdc4efbc634b2d8bf8fea2de878434a065491741a64206c7044de21e743fd8e63546b31c790825c41e059da707c7717fb143968ef84388b0700",
+         "1.2.643.7.1.2.1.2.1",
+         "5c61ceef14fe82c86ef33e07a9be66d79d542c1f44aa8a4b1d0bc1d42892c06b7e9be81460e909fe6e6cc77b4c174a1107b90359a2f8c960f866d405499624a6"},
+    };
+    for (const Row& r : rows)
+        EXPECT_EQ(kt::to_hex(formats::mul_inverse_mod(h(r.x), h(r.mask), formats::curve_order(r.curve))), r.d) << r.x;
+}
+
+// Whole folders: the key get-cpcert wrote, byte for byte, and header.key's
+// certificate; the first copy opens.
+TEST(CspContainer, ReadsEveryGeneration) {
+    for (const char* g : {"g2001", "g2012256", "g2012512"}) {
+        const std::string dir = std::string(KORVEX_VECTORS_DIR) + "/formats/csp/" + g + ".000";
+        formats::CspKey k = formats::csp_read(dir, "1", {});
+        formats::Secret pem = formats::pkcs8_pem(k.key);
+        EXPECT_EQ(Bytes(pem.begin(), pem.end()), load(std::string(g) + ".key.pem")) << g;
+        EXPECT_EQ(k.cert, first_cert(std::string(g) + ".cert.pem")) << g;
+        EXPECT_EQ(k.which, "primary") << g;
+        EXPECT_EQ(formats::csp_header(dir).name, g);
     }
 }

@@ -6,24 +6,17 @@
 
 #include <memory>
 
-#include "common/test_util.h"
+#include "common/buffers.h"
 #include "pkcs12.h"
 
 namespace {
 
-using kt::Bytes;
+using namespace kt;
 
 const kt::Record kRef = kt::load_records("pkcs12/pkcs12.txt").at(0);
 Bytes ref(const char* field) { return kt::from_hex(kRef.at(field)); }
 Bytes pw = ref("password"), box = ref("container");
 const unsigned char n = static_cast<unsigned char>(pw.size());
-
-// A heap copy with nothing after it, so that any over-read is caught.
-std::unique_ptr<unsigned char[]> exact(const Bytes& b) {
-    std::unique_ptr<unsigned char[]> p(new unsigned char[b.size()]);
-    std::copy(b.begin(), b.end(), p.get());
-    return p;
-}
 
 bool in(unsigned char r, std::initializer_list<unsigned char> codes) {
     return std::find(codes.begin(), codes.end(), r) != codes.end();
@@ -34,7 +27,7 @@ TEST(Pkcs12Hostile, EveryOctetReplaced) {
         for (unsigned char v : {0x00, 0x01, 0x7F, 0x80, 0x81, 0xFF}) {
             Bytes b = box;
             b[off] = v;
-            auto buf = exact(b);
+            Exact buf(b);
             unsigned char* p = buf.get();
             unsigned char r = pkcs12_check_header(&p);
             EXPECT_TRUE(in(r, {0, 5})) << off;
@@ -59,7 +52,7 @@ TEST(Pkcs12Hostile, EveryOctetReplaced) {
             EXPECT_TRUE(in(pkcs12_conteiner_check_MAC(pw.data(), n, buf.get()), {0, 2, 5})) << off;
             if (in_mac) continue;
             EXPECT_TRUE(in(pkcs12_close_conteiner(aux.data(), pw.data(), n, buf.get()), {0, 2, 5})) << off;
-            buf = exact(b);
+            buf = Exact(b);
             EXPECT_TRUE(in(pkcs12_conteiner_change_pass(pw.data(), n, q.data(), 1, buf.get()), {0, 2, 5})) << off;
         }
     }
@@ -69,7 +62,7 @@ TEST(Pkcs12Hostile, BaseRunsRunningOffTheEnd) {
     for (unsigned char last : {0x80, 0xFF}) {
         Bytes b = box;
         b[371] = last;  // the MAC count's base-128 run no longer ends inside the container
-        auto buf = exact(b);
+        Exact buf(b);
         Bytes key(32, 0xA5);
         EXPECT_EQ(5, pkcs12_open_conteiner(reinterpret_cast<type_uN<32>*>(key.data()), nullptr, pw.data(), n,
                                            buf.get()));
@@ -81,11 +74,11 @@ TEST(Pkcs12Hostile, BaseRunsRunningOffTheEnd) {
     }
     Bytes b = box;
     b[98] = b[99] = 0x88;  // PBKDF2-params count now runs on into the prf element
-    auto buf = exact(b);
+    Exact buf(b);
     unsigned short it = 0;
     unsigned char salt[4];
     pkcs12_get_pbkdf2_par(salt, &it, buf.get());
-    auto run = exact(Bytes(255, 0xFF));
+    Exact run(Bytes(255, 0xFF));
     unsigned char* p = run.get();
     pkcs12_ber_decode(&p);
     EXPECT_EQ(run.get() + 255, p);

@@ -8,13 +8,13 @@
 
 #include "GOST_28147_89.h"
 #include "GOST_34_11_94.h"
-#include "common/test_util.h"
+#include "common/buffers.h"
 #include "pkcs12.h"
 #include "pkcs5.h"
 
 namespace {
 
-using kt::Bytes;
+using namespace kt;
 
 struct Case {
     std::string name;
@@ -52,12 +52,6 @@ unsigned char open(Bytes& container, Bytes password, Bytes* key, Bytes* aux) {
                                  static_cast<unsigned char>(password.size()), container.data());
 }
 
-Bytes str(const char* s) { return Bytes(s, s + std::char_traits<char>::length(s)); }
-
-bool same(const Bytes& a, const Bytes& b, size_t from, size_t to) {
-    return std::equal(a.begin() + from, a.begin() + to, b.begin() + from);
-}
-
 // Toggles the content of a container whose MacData salt and count are the
 // PBKDF2 ones (counter mode is its own inverse); with mac, recomputes the MAC,
 // forging a container whose content is damaged but whose MAC is right.
@@ -90,7 +84,11 @@ std::vector<Case> all_cases() {
     return out;
 }
 
-TEST(Pkcs12Container, WrongPasswordGives2AndChangesNothing) {
+// A wrong password gives 2 everywhere and changes nothing. Open leaves the
+// container as it is; close stores a new block; change-password keeps salts,
+// counts and IV (checked against the own_mac_parameters container, whose
+// MacData differs from what create writes).
+TEST(Pkcs12Container, OpenCloseAndChangePassword) {
     for (auto& c : all_cases()) {
         SCOPED_TRACE(c.name);
         Bytes shorter = c.password.empty() ? str("x") : Bytes(c.password.begin(), c.password.end() - 1);
@@ -106,15 +104,6 @@ TEST(Pkcs12Container, WrongPasswordGives2AndChangesNothing) {
             EXPECT_EQ(2, pkcs12_conteiner_change_pass(pw.data(), n, q.data(), 1, box.data()));
             EXPECT_EQ(c.container, box);
         }
-    }
-}
-
-// Open leaves the container as it is; close stores a new block; change-password
-// keeps salts, counts and IV (checked against the own_mac_parameters container,
-// whose MacData differs from what create writes).
-TEST(Pkcs12Container, OpenCloseAndChangePassword) {
-    for (auto& c : all_cases()) {
-        SCOPED_TRACE(c.name);
         Bytes box = c.container, aux = kt::Rng(7).bytes(40), key(32), got(40), q = str("new secret");
         for (int outputs = 0; outputs < 4; ++outputs) {  // either output may be null
             Bytes k(32), a(40);
@@ -193,10 +182,8 @@ TEST(Pkcs12Container, DamageGivesCodeAndWritesNothing) {
     // Nor is the MAC's length octet: a long form there does not move the
     // stored MAC past the MacData (the container ends at 372).
     for (unsigned char len : {0x84, 0xA0, 0xFF}) {
-        std::vector<unsigned char> heap(c.container.begin(), c.container.end());
-        heap[329] = len;
-        auto exact = std::make_unique<unsigned char[]>(heap.size());
-        std::copy(heap.begin(), heap.end(), exact.get());
+        Exact exact(c.container);
+        exact.get()[329] = len;
         EXPECT_EQ(0, pkcs12_close_conteiner(aux.data(), c.pw(), c.n(), exact.get())) << int(len);
         EXPECT_EQ(0, pkcs12_conteiner_change_pass(c.pw(), c.n(), c.pw(), c.n(), exact.get())) << int(len);
         EXPECT_EQ(0, pkcs12_conteiner_check_MAC(c.pw(), c.n(), exact.get())) << int(len);

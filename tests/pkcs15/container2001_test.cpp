@@ -204,17 +204,17 @@ TEST_F(Container2001, UpdateRenewsAndKeepsKey) {
 TEST_F(Container2001, GettersOnHandMadeElements) {
     // [0] { SEQ { key id, [0] { SEQ { PBKDF2 OID, SEQ { salt, count, 32 } } } } }
     auto kmi = [](const Bytes& salt, const char* count) {
-        Bytes params = tlv(0x30, {salt, from_hex(count), from_hex("020120")});
-        Bytes alg = tlv(0x30, {from_hex("06092A864886F70D01050C"), params});
-        return tlv(0xA0, {tlv(0x30, {from_hex("040400000001"), tlv(0xA0, {alg})})});
+        Bytes params = seq({salt, from_hex(count), from_hex("020120")});
+        Bytes alg = seq({from_hex("06092A864886F70D01050C"), params});
+        return tlv(0xA0, seq({from_hex("040400000001"), tlv(0xA0, alg)}));
     };
-    Bytes salt = tlv(0x04, {Bytes(32, 0x5A)});
+    Bytes salt = tlv(0x04, Bytes(32, 0x5A));
     const struct { const char* what; Bytes element; bool salt; unsigned iterations; } kek[] = {
         {"one-octet count", kmi(salt, "020164"), true, 100},
         {"two-octet count", kmi(salt, "0202FFFF"), true, 65535},
         {"three-octet count", kmi(salt, "0203010000"), true, 0},
         {"count not an INTEGER", kmi(salt, "040164"), true, 0},
-        {"salt not an OCTET STRING", kmi(tlv(0x03, {Bytes(32, 0)}), "020164"), false, 0},
+        {"salt not an OCTET STRING", kmi(tlv(0x03, Bytes(32, 0)), "020164"), false, 0},
         {"not [0]", from_hex("3003020101"), false, 0},
     };
     for (const auto& k : kek) {
@@ -226,9 +226,9 @@ TEST_F(Container2001, GettersOnHandMadeElements) {
     }
     // Encrypted content info { id-data, alg { OID, { IV, set } }, content }:
     // the content only when tagged 0x80.
-    Bytes alg = tlv(0x30, {from_hex("06062A8503020215 3013 0408 0102030405060708 06072A850302021F01")});
+    Bytes alg = tlv(0x30, from_hex("06062A8503020215 3013 0408 0102030405060708 06072A850302021F01"));
     for (unsigned char tag : {0x80, 0xA0, 0x04}) {
-        Bytes info = tlv(0x30, {from_hex("06092A864886F70D010701"), alg, tlv(tag, {Bytes(10, 1)})});
+        Bytes info = seq({from_hex("06092A864886F70D010701"), alg, tlv(tag, Bytes(10, 1))});
         pkcs15_data_t d = pkcs15_get_pkcs15_data(info.data());
         ASSERT_NE(d.iv, nullptr);
         EXPECT_EQ(to_hex(d.iv, 10), "04080102030405060708");

@@ -32,7 +32,7 @@ const Gen kGens[] = {
 unsigned tl(unsigned n) { return n + (n < 128 ? 2 : n < 256 ? 3 : 4); }
 // SEQUENCE { token OID, [0] { OCTET STRING { payload } } }.
 Bytes encapsulated(const Bytes& payload) {
-    return tlv(0x30, {from_hex("060A2A864886F70D010F0301"), tlv(0xA0, {tlv(0x04, {payload})})});
+    return seq({from_hex("060A2A864886F70D010F0301"), tlv(0xA0, tlv(0x04, payload))});
 }
 bool starts_with(const Bytes& b, size_t at, const char* hex) {
     Bytes h = from_hex(hex);
@@ -85,7 +85,7 @@ TEST_P(Builders, EnvelopeSizesAndOpening) {
         type_u64 iv;
         std::memcpy(&iv, d.iv + 2, 8);
         GOST_28147_89_R_CFB(plain.data(), (unsigned)plain.size(), &k, &iv, g.sbox);
-        EXPECT_EQ(to_hex(plain), to_hex(tlv(0x04, {data})));
+        EXPECT_EQ(to_hex(plain), to_hex(tlv(0x04, data)));
     }
 }
 

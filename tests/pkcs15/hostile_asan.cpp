@@ -12,13 +12,6 @@
 namespace kt {
 namespace {
 
-// A heap copy of exactly the octets given.
-struct Exact {
-    std::unique_ptr<unsigned char[]> p;
-    explicit Exact(const Bytes& b) : p(new unsigned char[b.size()]) { std::memcpy(p.get(), b.data(), b.size()); }
-    unsigned char* get() const { return p.get(); }
-};
-
 const unsigned char kPl = 11;  // password length
 
 // Every reader on its own exact copy of one damaged container: the result is
@@ -131,25 +124,31 @@ TEST_F(Hostile, OuterHeader2001) {
     run_all(c, "first child", true);
 }
 
-TEST_F(Hostile, Truncated2012) {
+// Every reader on each damaged container: the 2012 ones cut short (one
+// octet short included), every length octet of the 2012 ones replaced, and
+// random damage to all four.
+TEST_F(Hostile, Damaged) {
+    struct Case { std::string what; Bytes c; bool with2001; };
+    std::vector<Case> cases;
     for (const Bytes& base : c2012) {
-        for (size_t n = 6; n < base.size(); n += 23) run_all(truncated(base, n), "truncated to " + std::to_string(n));
-        run_all(truncated(base, base.size() - 1), "one octet short");
-    }
-}
-
-TEST_F(Hostile, DamagedLengths2012) {
-    for (const Bytes& base : c2012) {
+        for (size_t n = 6; n < base.size(); n += 23) cases.push_back({"cut to " + std::to_string(n), truncated(base, n), false});
+        cases.push_back({"one octet short", truncated(base, base.size() - 1), false});
         std::vector<size_t> hs;
         headers(base, 0, base.size(), hs);
         ASSERT_GT(hs.size(), 60u);
         for (size_t h : hs)
             for (unsigned char v : {0x00, 0x01, 0x7F, 0x80, 0x82, 0x84, 0x85, 0xFF}) {
-                Bytes c = base;
-                c[h + 1] = v;
-                run_all(c, "length at " + std::to_string(h) + " = " + std::to_string(v));
+                cases.push_back({"length at " + std::to_string(h) + " = " + std::to_string(v), base, false});
+                cases.back().c[h + 1] = v;
             }
     }
+    Rng rng(99);
+    std::vector<const Bytes*> all = {&c786, &c787, &c2012[0], &c2012[1]};
+    for (int i = 0; i < 120; ++i) {
+        cases.push_back({"random damage " + std::to_string(i), *all[i % 4], i % 4 < 2});
+        for (int k = 0; k < 3; ++k) cases.back().c[rng.below((unsigned)cases.back().c.size())] = (unsigned char)rng.next();
+    }
+    for (const Case& k : cases) run_all(k.c, k.what, k.with2001);
 }
 
 // With the real iteration count, so that update_2012 gets past the password
@@ -176,16 +175,6 @@ TEST_F(Hostile, Update2012PastThePasswordCheck) {
         }
     }
     for (const Bytes* c : {&c786, &c787}) EXPECT_EQ(pkcs15_update(Exact(*c).get(), pwd.data(), kPl), 0u);
-}
-
-TEST_F(Hostile, RandomDamage) {
-    Rng rng(99);
-    std::vector<const Bytes*> all = {&c786, &c787, &c2012[0], &c2012[1]};
-    for (int i = 0; i < 120; ++i) {
-        Bytes c = *all[i % 4];
-        for (int k = 0; k < 3; ++k) c[rng.below((unsigned)c.size())] = (unsigned char)rng.next();
-        run_all(c, "random damage " + std::to_string(i), i % 4 < 2);
-    }
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// Helpers of the PKCS#15 tests: generator seeding, fixed inputs, a small DER
-// reader and writer, and an outside re-computation of the key wraps and of
+// Helpers of the PKCS#15 tests: generator seeding, fixed inputs, walks of
+// the containers, and an outside re-computation of the key wraps and of
 // the AuthenticatedData digest and HMAC with the exported primitives.
 #ifndef KORVEX_TESTS_PKCS15_FIXTURE_H
 #define KORVEX_TESTS_PKCS15_FIXTURE_H
@@ -8,52 +8,15 @@
 #include <string>
 #include <vector>
 
-#include "common/test_util.h"
+#include "common/buffers.h"
+#include "common/der.h"
+#include "common/generator.h"
 #include "korvex.h"
 
 namespace kt {
 
-inline void seed(uint64_t n = 1) {
-    Bytes s = Rng(n).bytes(40);
-    PRNG_init(s.data());
-}
-// Clears the generator state: every draw fails until the next seed.
-inline void unseed() { std::memset(PRNG_get_RAND_ptr(), 0, 40); }
-
 inline Bytes password() { return Bytes{'p', 'a', 's', 's', 'w', 'o', 'r', 'd', '1', '2', '3'}; }
 inline Bytes wrong_password() { return Bytes{'p', 'a', 's', 's', 'w', 'o', 'r', 'd', '1', '2', '4'}; }
-
-// One DER element inside a buffer (test-side reader, no library code).
-struct Der {
-    size_t at = 0, hl = 2, len = 0;
-    unsigned char tag = 0;
-    size_t value() const { return at + hl; }
-    size_t end() const { return at + hl + len; }
-};
-inline Der der(const Bytes& b, size_t at) {
-    Der d;
-    d.at = at, d.tag = b.at(at), d.len = b.at(at + 1);
-    if (d.len & 0x80) {
-        d.hl = 2 + (d.len & 0x7F), d.len = 0;
-        for (size_t i = at + 2; i < at + d.hl; ++i) d.len = d.len << 8 | b.at(i);
-    }
-    return d;
-}
-inline std::vector<Der> children(const Bytes& b, const Der& d) {
-    std::vector<Der> out;
-    for (size_t p = d.value(); p < d.end(); p = out.back().end()) out.push_back(der(b, p));
-    return out;
-}
-// One DER element around the concatenated parts (test-side writer).
-inline Bytes tlv(unsigned char tag, std::initializer_list<Bytes> parts) {
-    Bytes v, e{tag};
-    for (const Bytes& p : parts) v.insert(v.end(), p.begin(), p.end());
-    if (v.size() >= 256) e.insert(e.end(), {0x82, (unsigned char)(v.size() >> 8)});
-    else if (v.size() >= 128) e.push_back(0x81);
-    e.push_back((unsigned char)v.size());
-    e.insert(e.end(), v.begin(), v.end());
-    return e;
-}
 
 inline type_uN<32> key32(const unsigned char* p) {
     type_uN<32> k;
@@ -199,16 +162,6 @@ inline TSecretKey sample_key_2012() {
     std::memcpy(k.b, r.data(), 64);
     return k;
 }
-// The n 32-octet blocks the generator gives after seed(s), as hex; the
-// generator is seeded with s again for the code under test.
-inline std::vector<std::string> draws(uint64_t s, int n) {
-    seed(s);
-    std::vector<std::string> d;
-    for (type_uN<32> b; n-- > 0 && PRNG_get(&b) == 0;) d.push_back(to_hex(b.b, 32));
-    seed(s);
-    return d;
-}
-
 // A container built after a size query; empty unless both calls agree.
 template <class Build>
 Bytes built(Build f) {

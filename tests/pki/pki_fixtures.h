@@ -8,49 +8,17 @@
 #include <string>
 
 #include "CMS.h"
-#include "common/test_util.h"
+#include "common/buffers.h"
+#include "common/der.h"
 
 namespace pkt {
 
-using kt::Bytes;
+using namespace kt;
 
-inline Bytes cat(std::initializer_list<Bytes> parts) {
-    Bytes out;
-    for (const Bytes& p : parts) out.insert(out.end(), p.begin(), p.end());
-    return out;
-}
-
-// DER element with the shortest definite length.
-inline Bytes tlv(unsigned char tag, const Bytes& content) {
-    Bytes len;
-    for (size_t n = content.size(); n; n >>= 8) len.insert(len.begin(), static_cast<unsigned char>(n));
-    if (content.size() < 0x80) len = {static_cast<unsigned char>(content.size())};
-    else len.insert(len.begin(), static_cast<unsigned char>(0x80 | len.size()));
-    return cat({{tag}, len, content});
-}
-
-inline Bytes seq(std::initializer_list<Bytes> parts) { return tlv(0x30, cat(parts)); }
-inline Bytes set(std::initializer_list<Bytes> parts) { return tlv(0x31, cat(parts)); }
-inline Bytes oid(const std::string& hex) { return tlv(0x06, kt::from_hex(hex)); }
 inline Bytes text(unsigned char tag, const std::string& s) { return tlv(tag, Bytes(s.begin(), s.end())); }
-inline Bytes str(const std::string& s) { return Bytes(s.begin(), s.end()); }
 inline unsigned char* u(std::string& s) { return reinterpret_cast<unsigned char*>(&s[0]); }
 inline std::string as_string(const unsigned char* p, size_t n) {
     return p ? std::string(reinterpret_cast<const char*>(p), n) : std::string();
-}
-
-// Header and whole size of the element at p (test-side reading).
-inline size_t header_size(const unsigned char* p) { return p[1] < 0x80 ? 2 : 2 + (p[1] & 0x7F); }
-inline size_t element_size(const unsigned char* p) {
-    size_t h = header_size(p), n = p[1] < 0x80 ? p[1] : 0;
-    for (size_t i = 2; i < h; ++i) n = n << 8 | p[i];
-    return h + n;
-}
-// The n-th child (from 0) of the element at p.
-inline unsigned char* child(unsigned char* p, int n) {
-    unsigned char* c = p + header_size(p);
-    for (int i = 0; i < n; ++i) c += element_size(c);
-    return c;
 }
 
 inline std::string base64(const Bytes& b) {

@@ -6,7 +6,7 @@
 #include "CMS.h"
 #include "GOST_34_10_2001.h"
 #include "GOST_34_11_94.h"
-#include "PRNG.h"
+#include "common/generator.h"
 #include "pki/pki_fixtures.h"
 #include "x_509.h"
 
@@ -35,11 +35,6 @@ type_uN<32> key_of(const Bytes& priv) {
     type_uN<32> k;
     std::copy(priv.begin(), priv.end(), k.b);
     return k;
-}
-
-void seed() {
-    Bytes s = kt::Rng(2024).bytes(40);
-    ASSERT_EQ(PRNG_init(s.data()), 0);
 }
 
 // The certificate with its 1.2.643.2.2.35.1 parameter OID octet at `at`
@@ -136,7 +131,7 @@ TEST(CmsSign, RoundTrips) {
     // Signed from the content or from its digest (the message then carries
     // the digest-entry block), by the CA (CryptoPro-A) or by leaf_xa (XchA:
     // the curve signing always uses); each checked against the other's key.
-    seed();
+    kt::seed(2024);
     CertFacts certs[] = {fixture_cert("ca_a"), fixture_cert("leaf_xa")};
     Bytes content = str("The quick brown fox jumps over the lazy dog"), digest = gost94(content), altered = content;
     altered[0] ^= 1;
@@ -182,7 +177,7 @@ TEST(CmsSign, RoundTrips) {
 }
 
 TEST(CmsSign, CurveIsAlwaysCryptoProA) {
-    seed();
+    kt::seed(2024);
     // A key on CryptoPro-B signs on curve A: its certificate (B) rejects it.
     CertFacts b = fixture_cert("leaf_b");
     Bytes content = str("x"), block = block_of("", "");
@@ -196,7 +191,7 @@ TEST(CmsSign, CurveIsAlwaysCryptoProA) {
 }
 
 TEST(CmsSign, FormatErrorsAndGenerator) {
-    seed();
+    kt::seed(2024);
     type_uN<32> key{};
     key.b[0] = 7;
     Bytes content = str("x"), notBlock = from_hex("30 00");
@@ -225,15 +220,12 @@ TEST(CmsSign, FormatErrorsAndGenerator) {
     EXPECT_EQ(to_hex(CMS_SignedAttr_find_msg_digest_value_field(wrong.data()), 32), to_hex(gost94(content)));
 
     // Generator not seeded: 1.
-    unsigned char* state = PRNG_get_RAND_ptr();
-    Bytes saved(state, state + 40);
-    std::fill(state, state + 40, 0);
+    kt::unseed();
     EXPECT_EQ(CMS_sig_SignedAttr(block.data(), content.data(), 1, &key), 1u);
-    std::copy(saved.begin(), saved.end(), state);
 }
 
 TEST(CmsVerify, Codes) {
-    seed();
+    kt::seed(2024);
     CertFacts ca = fixture_cert("ca_a");
     Bytes content = str("codes"), digest = gost94(content), block = block_of("", "");
     type_uN<32> key = key_of(ca.priv);

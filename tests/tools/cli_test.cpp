@@ -426,6 +426,63 @@ TEST_F(Cli, CryptoProReadAndUpdate) {
     EXPECT_NE(korvex("cryptopro read nowhere --cert owner.crt --pass pass:x").code, 0);
 }
 
+// Folders made by CryptoPro CSP (tests/vectors/formats/csp, password "1"):
+// each generation gives the key and certificate get-cpcert wrote; a damaged
+// first copy gives way to the backup; nothing is written on a failure.
+TEST_F(Cli, CryptoProCspFolders) {
+    const struct {
+        const char* gen;
+        const char* file;  // damaged file, or ""
+        long at;           // flipped octet, or (negative) octets cut off the end
+        bool no_backup;
+        const char* pass;
+        int code;
+        const char* says;
+    } rows[] = {
+        {"g2001", "", 0, false, "1", 0, "key from primary.key matches"},
+        {"g2012256", "", 0, false, "1", 0, "key from primary.key matches"},
+        {"g2012512", "", 0, false, "1", 0, "key from primary.key matches"},
+        {"g2012256", "", 0, false, "12345678901234567890", 3, "wrong password"},
+        {"g2001", "primary.key", 10, false, "1", 0, "primary.key: damaged"},
+        {"g2012512", "masks.key", 70, false, "1", 0, "masks.key: damaged"},
+        {"g2012256", "primary.key", -1, false, "1", 0, "the backup copy opened"},
+        {"g2001", "primary.key", 10, true, "1", 4, "primary.key: damaged"},
+        {"g2012512", "header.key", 500, false, "1", 4, "header.key: damaged"},
+        {"g2012256", "header.key", -600, false, "1", 4, "header.key"},
+    };
+    const std::string vec = std::string(KORVEX_VECTORS_DIR) + "/formats/";
+    for (const auto& r : rows) {
+        const std::string what = std::string(r.gen) + " " + r.file + " " + std::to_string(r.at);
+        fs::remove_all(dir / "c");
+        fs::copy(vec + "csp/" + r.gen + ".000", dir / "c");
+        if (r.no_backup) fs::remove(dir / "c/primary2.key");
+        if (*r.file) {
+            std::string f = read(std::string("c/") + r.file);
+            if (r.at >= 0) f[r.at] ^= 1;
+            else f.resize(f.size() + r.at);
+            write(std::string("c/") + r.file, f);
+        }
+        Result res = korvex(std::string("cryptopro read c -o k.pem --cert-out c.pem --force --pass pass:") + r.pass);
+        EXPECT_EQ(res.code, r.code) << what << res.err;
+        EXPECT_NE(res.err.find(r.says), std::string::npos) << what << res.err;
+        if (r.code == 0) {
+            EXPECT_EQ(read("k.pem"), read_fixture("../formats/" + std::string(r.gen) + ".key.pem")) << what;
+            EXPECT_EQ(read("c.pem"), read_fixture("../formats/" + std::string(r.gen) + ".cert.pem")) << what;
+        } else {
+            EXPECT_EQ(std::count(res.err.begin(), res.err.end(), '\n'), 1) << what << res.err;
+            EXPECT_FALSE(fs::exists(dir / "k.pem") || fs::exists(dir / "c.pem")) << what;
+        }
+        fs::remove(dir / "k.pem");
+        fs::remove(dir / "c.pem");
+    }
+    Result info = korvex("cryptopro info " + quote(vec + "csp/g2012512.000"));
+    for (const char* s : {"gost2012_512", "name:        g2012512", "TC26 512-bit paramSetA", "CN=user",
+                          "not after:   2019-07-02 09:00:23 UTC"})
+        EXPECT_NE(info.out.find(s), std::string::npos) << s << info.out;
+    fs::copy(vec + "csp/g2001.000", dir / "u");
+    EXPECT_EQ(korvex("cryptopro update u --pass pass:1").code, 5);  // the library's update would destroy the key
+}
+
 TEST_F(Cli, KeyExportLoadsInOpenSslAndImportRoundTrips) {
     ASSERT_EQ(korvex("keygen --curve A -o k --pub k.pub").code, 0);
     ASSERT_EQ(korvex("pkcs15 create --key k -o k.p15 " + std::string(kPass)).code, 0);
@@ -611,6 +668,7 @@ TEST_F(Cli, HostileFilesUnderSanitizers) {
     fs::copy(fixture("container.000"), dir / "cp");
     copy_fixture("owner.crt");
     fs::copy_file(std::string(KORVEX_VECTORS_DIR) + "/formats/pfx1.pfx", dir / "p.pfx");
+    fs::copy(std::string(KORVEX_VECTORS_DIR) + "/formats/csp/g2012256.000", dir / "csp");
     const struct { const char* file; std::string command; } kinds[] = {
         {"c.p15", "pkcs15 read c.p15 --cert id.crt " + std::string(kPass)},
         {"p.pfx", "pfx read p.pfx --pass pass:12345"},
@@ -620,6 +678,9 @@ TEST_F(Cli, HostileFilesUnderSanitizers) {
         {"cp/primary.key", "cryptopro read cp --cert owner.crt --pass pass:12345678"},
         {"cp/masks.key", "cryptopro read cp --cert owner.crt --pass pass:12345678"},
         {"owner.crt", "cryptopro read cp --cert owner.crt --pass pass:12345678"},
+        {"csp/header.key", "cryptopro read csp --pass pass:1"},
+        {"csp/primary.key", "cryptopro read csp --pass pass:1"},
+        {"csp/masks.key", "cryptopro read csp --pass pass:1"},
     };
     const std::string run = "ASAN_OPTIONS=exitcode=99 UBSAN_OPTIONS=exitcode=99 " + quote(KORVEX_ASAN_BIN) + " ";
     for (const auto& k : kinds) {

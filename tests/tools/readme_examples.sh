@@ -23,6 +23,7 @@ cp "$vectors/tools/ossl-2001A.crt" peer.crt
 cp "$vectors/tools/ossl-2001A.pem" peer.pem
 cp -r "$vectors/tools/container.000" container.000
 cp "$vectors/tools/owner.crt" owner.crt
+cp -r "$vectors/formats/csp/g2012512.000" mykey.000
 cp "$vectors/formats/pfx1.pfx" exported.pfx
 
 # Pull the ```sh blocks out of the tour section.
