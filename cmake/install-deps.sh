@@ -2,7 +2,7 @@
 # Installs the build packages that are missing (Debian). Needs root when
 # something is missing; does nothing otherwise.
 set -e
-pkgs="cmake g++ make libgtest-dev libbenchmark-dev valgrind libssl-dev"
+pkgs="cmake g++ make libgtest-dev libbenchmark-dev libcli11-dev valgrind libssl-dev"
 missing=""
 for p in $pkgs; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing="$missing $p"

@@ -32,12 +32,12 @@ Bytes name_der(const std::string& text) {
         while (!item.empty() && item[0] == ' ') item.erase(0, 1);
         if (item.empty()) continue;
         auto eq = item.find('=');
-        if (eq == std::string::npos) throw Error("bad name item '" + item + "' (want KEY=VALUE)");
+        if (eq == std::string::npos) throw Error("bad name item '" + item + "' (want KEY=VALUE)", cli::kExitUsage);
         std::string k = item.substr(0, eq), v = item.substr(eq + 1);
         const Attr* a = nullptr;
         for (const Attr& x : kAttrs)
             if (k == x.name) a = &x;
-        if (!a) throw Error("unknown name attribute '" + k + "'");
+        if (!a) throw Error("unknown name attribute '" + k + "'", cli::kExitUsage);
         Bytes value = k == "C" ? der::printable(v) : k == "emailAddress" ? der::ia5(v) : der::utf8(v);
         rdns.push_back(der::set({der::seq({der::oid(a->oid), value})}));
     }

@@ -21,66 +21,13 @@ std::string Args::get(const std::string& o, const std::string& def) const {
 }
 
 std::string Args::need(const std::string& o) const {
-    if (!has(o)) throw Error("missing option " + o);
+    if (!has(o)) throw Error("missing option " + o, kExitUsage);
     return get(o);
 }
 
 std::vector<std::string> Args::all(const std::string& o) const {
     auto it = opts.find(o);
     return it == opts.end() ? std::vector<std::string>{} : it->second;
-}
-
-static bool in(const std::vector<std::string>& v, const std::string& s) {
-    for (auto& x : v)
-        if (x == s) return true;
-    return false;
-}
-
-Args parse(int argc, char** argv, int first, const std::vector<std::string>& with_value,
-           const std::vector<std::string>& flags) {
-    Args a;
-    bool only_pos = false;
-    for (int i = first; i < argc; ++i) {
-        std::string s = argv[i];
-        if (only_pos || s == "-" || s.size() < 2 || s[0] != '-') {
-            a.pos.push_back(s);
-            continue;
-        }
-        if (s == "--") {
-            only_pos = true;
-            continue;
-        }
-        std::string val;
-        bool has_val = false;
-        auto eq = s.find('=');
-        if (s.rfind("--", 0) == 0 && eq != std::string::npos) {
-            val = s.substr(eq + 1);
-            s = s.substr(0, eq);
-            has_val = true;
-        }
-        if (in(with_value, s)) {
-            if (!has_val) {
-                if (i + 1 >= argc) throw Error("option " + s + " needs a value");
-                val = argv[++i];
-            }
-            a.opts[s].push_back(val);
-        } else if (in(flags, s)) {
-            if (has_val) throw Error("option " + s + " takes no value");
-            a.opts[s];
-        } else {
-            throw Error("unknown option " + s);
-        }
-    }
-    return a;
-}
-
-bool wants_help(int argc, char** argv, int first) {
-    for (int i = first; i < argc; ++i) {
-        std::string s = argv[i];
-        if (s == "--help" || s == "-h") return true;
-        if (s == "--") break;
-    }
-    return false;
 }
 
 void read_chunks(const std::string& path,
@@ -105,16 +52,12 @@ void read_chunks(const std::string& path,
     if (fd) ::close(fd);
 }
 
-bool wants_sub_help(const std::string& sub, int argc, char** argv, int first) {
-    return sub.empty() || wants_help(argc, argv, first);
-}
-
 Bytes read_file(const std::string& path, size_t max) {
     Bytes out;
     read_chunks(path, [&](unsigned char* p, size_t n, unsigned long long total) {
         if (max && (total > max || out.size() + n > max))
             throw Error(path + ": too large (more than " + std::to_string(max >> 10) + " KiB) for what it is given as",
-                        kExitDamaged);
+                        kExitInput);
         out.insert(out.end(), p, p + n);
     });
     return out;
@@ -299,7 +242,7 @@ std::string password_from(const std::string& spec, const std::string& file, cons
     } else if (spec.rfind("file:", 0) == 0) {
         return password_from("", spec.substr(5), prompt, confirm);
     } else if (!spec.empty()) {
-        throw Error("--pass takes env:VAR, pass:TEXT or file:PATH");
+        throw Error("--pass takes env:VAR, pass:TEXT or file:PATH", kExitUsage);
     } else {
         pw = prompt_tty(prompt);
         if (confirm) {
@@ -344,7 +287,7 @@ unsigned char sbox_by_name(const std::string& n) {
         {"D", 6}, {"CryptoPro-D", 6}, {"Z", 7}, {"param-Z", 7}, {"hash", 1}, {"R3411", 1}};
     auto it = names.find(n);
     if (it != names.end()) return it->second;
-    throw Error("unknown S-box '" + n + "' (A, B, C, D, Z or hash)");
+    throw Error("unknown S-box '" + n + "' (A, B, C, D, Z or hash)", kExitUsage);
 }
 
 Curve curve_by_name(const std::string& n) {

@@ -17,32 +17,33 @@ namespace cli {
 
 using Bytes = std::vector<unsigned char>;
 
+// The exit codes of every command, listed in `korvex --help`.
+enum Exit : int {
+    kExitOk = 0,        // done; the signature or checksum is valid
+    kExitInvalid = 1,   // a signature or checksum does not verify
+    kExitUsage = 2,     // bad command line
+    kExitPassword = 3,  // wrong password (or a key that is not the certificate's)
+    kExitInput = 4,     // unreadable or damaged input
+    kExitRefused = 5,   // refused: would overwrite a file, unsupported curve or parameters
+};
+
 // A failure to report: one line on stderr, exit code `code`.
 struct Error : std::runtime_error {
     int code;
-    explicit Error(const std::string& msg, int c = 1) : std::runtime_error(msg), code(c) {}
+    explicit Error(const std::string& msg, int c = kExitInput) : std::runtime_error(msg), code(c) {}
 };
 
-// Parsed command line of one subcommand: options (with values or flags) and
-// positional arguments. Options are declared up front so that "-a x" and
-// "--flag" are told apart, and unknown options are refused.
+// The options and positional arguments of one command, as the command layer
+// (command.h) parsed them: options are keyed by their first declared name.
 struct Args {
     std::map<std::string, std::vector<std::string>> opts;
     std::vector<std::string> pos;
 
     bool has(const std::string& o) const { return opts.count(o) != 0; }
     std::string get(const std::string& o, const std::string& def = "") const;
-    std::string need(const std::string& o) const;
+    std::string need(const std::string& o) const;  // exit 2 when absent
     std::vector<std::string> all(const std::string& o) const;
 };
-
-// `with_value`: options that take a value; `flags`: options without one.
-Args parse(int argc, char** argv, int first, const std::vector<std::string>& with_value,
-           const std::vector<std::string>& flags);
-
-bool wants_help(int argc, char** argv, int first);
-// For commands with subcommands: no subcommand, or --help/-h anywhere.
-bool wants_sub_help(const std::string& sub, int argc, char** argv, int first);
 
 // "-" is stdin. With max, a larger file is refused (exit 4) before it is
 // read: keys, certificates and containers are small, and a huge file given
@@ -63,14 +64,6 @@ std::string read_text(const std::string& path, size_t max = 0);
 // in place (its mode is kept) or --force was given (g_force).
 enum class Overwrite { no, in_place };
 extern bool g_force;
-// Exit codes of every command: 0 ok or valid, 1 invalid signature or
-// checksum, 2 usage (also arguments that contradict each other: a key and a
-// certificate or --curve that do not go together), 3 wrong password, 4
-// unreadable or damaged input (also a file contradicting itself: a
-// container's key against its own public key or certificate), 5 refused.
-constexpr int kExitUsage = 2;
-constexpr int kExitDamaged = 4;
-constexpr int kExitRefused = 5;
 void write_file(const std::string& path, const Bytes& data, const std::vector<std::string>& inputs = {},
                 unsigned mode = 0644, Overwrite ow = Overwrite::no);
 void write_file(const std::string& path, const std::string& text, const std::vector<std::string>& inputs = {},

@@ -11,17 +11,6 @@ namespace {
 using cli::Bytes;
 using cli::Error;
 
-const char* kHelp =
-    "usage: korvex %s -m ecb|ctr|cfb|cbc --key HEX|FILE [--iv HEX|FILE] [-s SBOX]\n"
-    "                 [--no-pad] [--mesh] [-o OUT] [FILE]\n\n"
-    "GOST 28147-89 in the given mode. The key is 32 bytes, the IV (synchro) 8\n"
-    "bytes, as hex or a file (absent IV: zero). SBOX is A (default), B, C, D, Z\n"
-    "or hash. ECB and CBC pad the last block as PKCS#7 does (1 to 8 bytes of\n"
-    "the pad length) unless --no-pad is given, which needs a multiple of 8\n"
-    "bytes. --mesh applies the CryptoPro key meshing of RFC 4357 after every\n"
-    "1024 bytes in CFB and CTR, as OpenSSL's gost89 and gost89-cnt ciphers do.\n"
-    "Reads stdin when no file is named, writes stdout unless -o is given.\n";
-
 type_uN<32>* as_key(Bytes& b) { return reinterpret_cast<type_uN<32>*>(b.data()); }
 type_u64* as_block(Bytes& b) { return b.empty() ? nullptr : reinterpret_cast<type_u64*>(b.data()); }
 
@@ -57,24 +46,17 @@ void ctr_meshed(Bytes& data, Bytes key, Bytes iv, unsigned char sbox) {
     cli::wipe(key);
 }
 
-int run(int argc, char** argv, int first, bool encrypt) {
-    const char* name = encrypt ? "enc" : "dec";
-    if (cli::wants_help(argc, argv, first)) {
-        std::printf(kHelp, name);
-        return 0;
-    }
-    cli::Args a = cli::parse(argc, argv, first, {"-m", "--key", "--iv", "-s", "-o"}, {"--no-pad", "--mesh"});
+int run(const cli::Args& a, bool encrypt) {
     std::string mode = a.need("-m");
     if (mode != "ecb" && mode != "ctr" && mode != "cfb" && mode != "cbc")
-        throw Error("unknown mode '" + mode + "' (ecb, ctr, cfb, cbc)");
-    if (a.pos.size() > 1) throw Error("one input file at most");
+        throw Error("unknown mode '" + mode + "' (ecb, ctr, cfb, cbc)", cli::kExitUsage);
     std::string in = a.pos.empty() ? "-" : a.pos[0];
     Bytes key = cli::hex_or_file(a.need("--key"), 32);
     Bytes iv = a.has("--iv") ? cli::hex_or_file(a.get("--iv"), 8) : Bytes();
     unsigned char sbox = cli::sbox_by_name(a.get("-s", "A"));
     bool pad = (mode == "ecb" || mode == "cbc") && !a.has("--no-pad");
-    if (a.has("--mesh") && mode != "cfb" && mode != "ctr") throw Error("--mesh applies to cfb and ctr only", 2);
-    if (mode == "ecb" && a.has("--iv")) throw Error("ECB takes no IV");
+    if (a.has("--mesh") && mode != "cfb" && mode != "ctr") throw Error("--mesh applies to cfb and ctr only", cli::kExitUsage);
+    if (mode == "ecb" && a.has("--iv")) throw Error("ECB takes no IV", cli::kExitUsage);
 
     Bytes data = cli::read_file(in);
     if (pad && encrypt) {
@@ -111,9 +93,28 @@ int run(int argc, char** argv, int first, bool encrypt) {
     return 0;
 }
 
+int enc_run(const cli::Args& a) { return run(a, true); }
+int dec_run(const cli::Args& a) { return run(a, false); }
+
+const char* kAbout =
+    "GOST 28147-89 in the given mode. ECB and CBC pad the last block as PKCS#7\n"
+    "does (1 to 8 bytes of the pad length) unless --no-pad is given, which needs\n"
+    "a multiple of 8 bytes. Reads stdin when no file is named, writes stdout\n"
+    "unless -o is given.\n";
+
+const std::vector<cli::Option> kOptions = {
+    {"-m", "MODE", "ecb, ctr, cfb or cbc", cli::kRequired},
+    {"--key", "HEX|FILE", "the 32-byte key, as hex or a file", cli::kRequired},
+    {"--iv", "HEX|FILE", "the 8-byte IV (synchro), as hex or a file (default: zero)"},
+    {"-s", "SBOX", "S-box: A (default), B, C, D, Z or hash"},
+    {"--no-pad", "", "no padding in ECB and CBC"},
+    {"--mesh", "", "CryptoPro key meshing (RFC 4357) every 1024 bytes in CFB and CTR, as OpenSSL's gost89 and gost89-cnt"},
+    {"-o", "OUT", "output file (default: stdout)"},
+};
+
 }  // namespace
 
 namespace cmd {
-int enc(int argc, char** argv, int first) { return run(argc, argv, first, true); }
-int dec(int argc, char** argv, int first) { return run(argc, argv, first, false); }
+const cli::Command enc = {"enc", "encrypt with GOST 28147-89 (ecb, ctr, cfb, cbc)", "[FILE]", kAbout, kOptions, enc_run};
+const cli::Command dec = {"dec", "decrypt with GOST 28147-89", "[FILE]", kAbout, kOptions, dec_run};
 }  // namespace cmd

@@ -15,10 +15,7 @@ namespace {
 using cli::Bytes;
 using cli::Error;
 
-int sign_command(int argc, char** argv, int first) {
-    cli::Args a = cli::parse(argc, argv, first, {"--key", "--cert", "--attr", "--unsigned-attr", "-o", "--pass", "--pass-file", "--curve"},
-                             {"--detached", "--no-cert", "--pem"});
-    if (a.pos.size() != 1) throw Error("name one file to sign", 2);
+int sign_run(const cli::Args& a) {
     cli::Cert cert = cli::read_cert(a.need("--cert"));
     cli::KeyPair k = cli::load_private_key(a.need("--key"), a);
     if (k.d.empty()) throw Error("--key holds no private key", 2);
@@ -35,9 +32,7 @@ int sign_command(int argc, char** argv, int first) {
     return 0;
 }
 
-int verify_command(int argc, char** argv, int first) {
-    cli::Args a = cli::parse(argc, argv, first, {"--content", "--cert", "--CAfile"}, {});
-    if (a.pos.size() != 1) throw Error("name one message", 2);
+int verify_run(const cli::Args& a) {
     std::string text = cli::read_text(a.pos[0]);
     Bytes msg = text.find("-----BEGIN") != std::string::npos
                     ? cli::pem_decode(text, text.find("BEGIN PKCS7") != std::string::npos ? "PKCS7" : "CMS")
@@ -59,34 +54,41 @@ int verify_command(int argc, char** argv, int first) {
     return c.valid() ? 0 : 1;
 }
 
+const cli::Command cms_sign = {
+    "sign", "sign a file as CMS SignedData", "FILE",
+    "Makes a CMS SignedData message (DER, or PEM with --pem) over FILE; the\n"
+    "certificate's key decides the algorithm: GOST R 34.10-2001 with\n"
+    "GOST R 34.11-94, or GOST R 34.10-2012 with GOST R 34.11-2012 (256 or 512\n"
+    "bits; signed attributes contentType, messageDigest and signingTime). The\n"
+    "key must be the certificate's.\n",
+    cli::with_password({
+        {"--key", "SOURCE", "a PKCS#8 file, PFX, container or korvex key file", cli::kRequired},
+        {"--cert", "CERT", "the signer's certificate", cli::kRequired},
+        {"--curve", "C", "the key's curve when the source does not record it"},
+        {"--detached", "", "leave the content out of the message"},
+        {"--no-cert", "", "leave the certificate out of the message"},
+        {"--attr", "OID:BASE64", "a signed attribute: OID, a colon, the Base64 of the DER value", cli::kRepeat},
+        {"--unsigned-attr", "OID:BASE64", "an unsigned attribute, in the same form", cli::kRepeat},
+        {"--pem", "", "write PEM instead of DER"},
+        {"-o", "OUT", "the message file (default: stdout)"},
+    }),
+    sign_run};
+
+const cli::Command cms_verify = {
+    "verify", "check a CMS SignedData message", "MESSAGE",
+    "Prints the signer and checks the signature, the messageDigest attribute\n"
+    "against the content and the signer certificate's validity period; with\n"
+    "--CAfile, the certificate chain up to one of its certificates. Exit 0 when\n"
+    "all hold, 1 when one does not, 4 when the message is unreadable.\n",
+    {{"--content", "FILE", "the content of a detached message"},
+     {"--cert", "CERT", "the signer's certificate, when the message holds none"},
+     {"--CAfile", "CERTS", "trust anchors (PEM): check the signer's chain up to one of them"}},
+    verify_run};
+
 }  // namespace
 
 namespace cmd {
-
-int cms(int argc, char** argv, int first) {
-    std::string sub = first < argc ? argv[first] : "";
-    if (cli::wants_sub_help(sub, argc, argv, first)) {
-        std::printf(
-            "usage: korvex cms sign --key SOURCE --cert CERT [--detached] [--no-cert]\n"
-            "                       [--attr OID:BASE64]... [--unsigned-attr OID:BASE64]...\n"
-            "                       [--pem] [-o OUT] FILE\n"
-            "       korvex cms verify [--content FILE] [--cert CERT] [--CAfile CERTS] MESSAGE\n\n"
-            "sign makes a CMS SignedData message (DER, or PEM with --pem) over FILE;\n"
-            "the certificate's key decides the algorithm: GOST R 34.10-2001 with\n"
-            "GOST R 34.11-94, or GOST R 34.10-2012 with GOST R 34.11-2012 (256 or 512\n"
-            "bits; signed attributes contentType, messageDigest and signingTime). The\n"
-            "key must be the certificate's. --attr adds a signed attribute: OID, a\n"
-            "colon, and the Base64 of the DER attribute value.\n"
-            "verify prints the signer and checks the signature, the messageDigest\n"
-            "attribute against the content and the signer certificate's validity\n"
-            "period; with --CAfile, the certificate chain up to one of its\n"
-            "certificates. Exit 0 when all hold, 1 when one does not, 4 when the\n"
-            "message is unreadable.\n");
-        return sub.empty() ? 2 : 0;
-    }
-    if (sub == "sign") return sign_command(argc, argv, first + 1);
-    if (sub == "verify") return verify_command(argc, argv, first + 1);
-    throw Error("unknown cms command '" + sub + "' (sign, verify)", 2);
-}
-
+const cli::Command cms = {"cms", "CMS SignedData: sign, verify", "",
+                          "CMS SignedData messages (RFC 5652) with GOST R 34.10-2001 and GOST R 34.10-2012.\n", {},
+                          nullptr, {&cms_sign, &cms_verify}};
 }  // namespace cmd

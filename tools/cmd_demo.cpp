@@ -13,20 +13,9 @@
 #include "containers.h"
 #include "x_509.h"
 
-namespace cmd {
+namespace {
 
-int demo(int argc, char** argv, int first) {
-    if (cli::wants_help(argc, argv, first)) {
-        std::printf(
-            "usage: korvex demo [--keep]\n\n"
-            "Runs the library end to end in a temporary folder and prints each step:\n"
-            "seed the generator, make a GOST R 34.10-2001 key pair on CryptoPro-A and a\n"
-            "self-signed certificate, store the key in a PKCS#15 container under a\n"
-            "password, reopen it, sign a document as CMS SignedData and verify it.\n"
-            "--keep leaves the folder in place.\n");
-        return 0;
-    }
-    cli::Args a = cli::parse(argc, argv, first, {}, {"--keep"});
+int demo_run(const cli::Args& a) {
     char tmpl[] = "/tmp/korvex-demo.XXXXXX";
     if (!mkdtemp(tmpl)) throw cli::Error("cannot make a temporary folder");
     std::string dir = tmpl;
@@ -111,4 +100,15 @@ int demo(int argc, char** argv, int first) {
     return rc;
 }
 
+}  // namespace
+
+namespace cmd {
+const cli::Command demo = {
+    "demo", "run the library end to end on built-in defaults", "",
+    "Runs the library end to end in a temporary folder and prints each step:\n"
+    "seed the generator, make a GOST R 34.10-2001 key pair on CryptoPro-A and a\n"
+    "self-signed certificate, store the key in a PKCS#15 container under a\n"
+    "password, reopen it, sign a document as CMS SignedData and verify it.\n",
+    {{"--keep", "", "leave the folder in place"}},
+    demo_run};
 }  // namespace cmd

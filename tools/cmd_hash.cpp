@@ -79,55 +79,58 @@ int check(const std::string& list, const cli::Args& a) {
     return bad || unreadable ? 1 : 0;
 }
 
-}  // namespace
-
-namespace cmd {
-
-int hash(int argc, char** argv, int first) {
-    if (cli::wants_help(argc, argv, first)) {
-        std::printf(
-            "usage: korvex hash [-a gost94|streebog256|streebog512] [FILE...]\n"
-            "       korvex hash [-a ALG] --check LIST [--quiet]\n\n"
-            "Prints one line per file, '<digest> <name>', as gost12sum does, the digest\n"
-            "bytes in the order openssl dgst prints them. Reads stdin when no file is\n"
-            "named. --check verifies a list written by korvex, gost12sum or gostsum\n"
-            "(whose GOST R 34.11-94 digests are byte-reversed). Default: streebog256.\n");
-        return 0;
-    }
-    cli::Args a = cli::parse(argc, argv, first, {"-a", "--check"}, {"--quiet"});
+int hash_run(const cli::Args& a) {
     if (a.has("--check")) return check(a.get("--check"), a);
     Alg alg = cli::alg_by_name(a.get("-a", "streebog256"));
-    if (a.pos.empty()) a.pos.push_back("-");
+    std::vector<std::string> files = a.pos.empty() ? std::vector<std::string>{"-"} : a.pos;
     int rc = 0;
-    for (const std::string& f : a.pos) {
+    for (const std::string& f : files) {
         try {
             Bytes d = digest_file(f, alg, true);
             std::printf("%s %s\n", cli::to_hex(d).c_str(), f.c_str());
         } catch (const Error& e) {
             std::fprintf(stderr, "korvex hash: %s\n", e.what());
-            rc = 1;
+            rc = e.code;
         }
     }
     return rc;
 }
 
-int hmac(int argc, char** argv, int first) {
-    if (cli::wants_help(argc, argv, first)) {
-        std::printf(
-            "usage: korvex hmac [-a gost94|streebog256|streebog512] --key HEX|FILE [FILE...]\n\n"
-            "HMAC (RFC 2104) with a GOST hash: HMAC_GOSTR3411 of RFC 4357, or\n"
-            "HMAC-Streebog of RFC 7836. The key is hex, or a file holding it (at most\n"
-            "255 bytes). One line per file, as korvex hash prints. Default: streebog256.\n");
-        return 0;
-    }
-    cli::Args a = cli::parse(argc, argv, first, {"-a", "--key"}, {});
+int hmac_run(const cli::Args& a) {
     Alg alg = cli::alg_by_name(a.get("-a", "streebog256"));
     Bytes key = cli::hex_or_file(a.need("--key"), 0);
-    if (key.size() > 255) throw Error("the key is longer than 255 bytes");
-    if (a.pos.empty()) a.pos.push_back("-");
-    for (const std::string& f : a.pos) std::printf("%s %s\n", cli::to_hex(cli::hmac_file(f, alg, key)).c_str(), f.c_str());
+    if (key.size() > 255) throw Error("the key is longer than 255 bytes", cli::kExitUsage);
+    std::vector<std::string> files = a.pos.empty() ? std::vector<std::string>{"-"} : a.pos;
+    for (const std::string& f : files) std::printf("%s %s\n", cli::to_hex(cli::hmac_file(f, alg, key)).c_str(), f.c_str());
     cli::wipe(key);
     return 0;
 }
+
+const cli::Option kAlg = {"-a", "ALG", "gost94, streebog256 (default) or streebog512"};
+
+}  // namespace
+
+namespace cmd {
+
+const cli::Command hash = {
+    "hash", "GOST R 34.11-94 / 34.11-2012 digests of files (gost12sum style)", "[FILE...]",
+    "Prints one line per file, '<digest> <name>', as gost12sum does, the digest\n"
+    "bytes in the order openssl dgst prints them. Reads stdin when no file is\n"
+    "named. --check verifies a list written by korvex, gost12sum or gostsum\n"
+    "(whose GOST R 34.11-94 digests are byte-reversed): exit 1 when a digest\n"
+    "does not match or a listed file cannot be read. Files are read in pieces\n"
+    "of 1 MiB, whatever their size.\n",
+    {kAlg,
+     {"--check", "LIST", "verify the digests listed in LIST"},
+     {"--quiet", "", "with --check, print only the files that fail"}},
+    hash_run};
+
+const cli::Command hmac = {
+    "hmac", "HMAC with a GOST hash", "[FILE...]",
+    "HMAC (RFC 2104) with a GOST hash: HMAC_GOSTR3411 of RFC 4357, or\n"
+    "HMAC-Streebog of RFC 7836. One line per file, as korvex hash prints;\n"
+    "reads stdin when no file is named.\n",
+    {kAlg, {"--key", "HEX|FILE", "the key: hex, or a file holding it (at most 255 bytes)", cli::kRequired}},
+    hmac_run};
 
 }  // namespace cmd

@@ -34,7 +34,6 @@ std::vector<Bytes> load_certs(const std::string& path) {
 }
 
 int read(const cli::Args& a) {
-    if (a.pos.size() != 1) throw Error("name one PFX file", 2);
     Bytes f = cli::read_file(a.pos[0]);
     std::string pw = cli::password(a, "Password for " + a.pos[0] + ": ");
     formats::Pfx p = formats::pfx_read(f, pw);
@@ -59,7 +58,6 @@ int read(const cli::Args& a) {
 }
 
 int write(const cli::Args& a) {
-    if (!a.pos.empty()) throw Error("unexpected argument " + a.pos[0], 2);
     // The key source's own password, when it is a container, is --key-pass.
     cli::Args ka;
     for (const char* o : {"--curve"})
@@ -76,36 +74,35 @@ int write(const cli::Args& a) {
     return 0;
 }
 
+const cli::Command pfx_read = {
+    "read", "write a PFX file's key and certificates as PEM", "FILE",
+    "Opens a PFX exported by CryptoPro CSP (GOST R 34.10-2001, 2012-256 or\n"
+    "2012-512 keys) or a GOST PKCS#12 file made by OpenSSL's GOST engine, checks\n"
+    "its MAC and the key against its certificate, and writes the key as PKCS#8\n"
+    "PEM (openssl pkey -engine gost loads it; stdout unless -o) and the\n"
+    "certificates as PEM, the key's own first. Exit 1 when the key and the\n"
+    "certificate differ; 5 for an unsupported curve or an iteration count\n"
+    "above 10,000,000.\n",
+    cli::with_password({{"-o", "KEY.pem", "the key file (default: stdout)"},
+                        {"--cert-out", "CERTS.pem", "write the certificates here"}}),
+    read};
+
+const cli::Command pfx_write = {
+    "write", "make a GOST PKCS#12 file of a key and its certificate", "",
+    "Makes standard GOST PKCS#12 of a key (PKCS#8, container, ...) and its\n"
+    "certificate (PEM may hold the chain): PBES2 with PBKDF2-HMAC-Streebog-512,\n"
+    "GOST 28147-89 CFB (parameter set Z, key meshing), Streebog-512 MAC; open it\n"
+    "with openssl pkcs12 -engine gost.\n",
+    cli::with_password({{"--key", "KEY", "the key: PKCS#8 file, container or korvex key file", cli::kRequired},
+                        {"--cert", "CERT", "its certificate (PEM may hold the chain)", cli::kRequired},
+                        {"--key-pass", "SPEC", "the key container's password, as --pass takes it"},
+                        {"--curve", "C", "the key's curve when the source does not record it"},
+                        {"-o", "OUT.pfx", "the PFX file to write", cli::kRequired}}),
+    write};
+
 }  // namespace
 
 namespace cmd {
-
-int pfx(int argc, char** argv, int first) {
-    std::string sub = first < argc ? argv[first] : "";
-    if (cli::wants_sub_help(sub, argc, argv, first)) {
-        std::printf(
-            "usage: korvex pfx read FILE [--pass SOURCE] [-o KEY.pem] [--cert-out CERTS.pem]\n"
-            "       korvex pfx write --key KEY --cert CERT [--key-pass SOURCE] [--pass SOURCE]\n"
-            "                        -o OUT.pfx\n\n"
-            "read opens a PFX exported by CryptoPro CSP (GOST R 34.10-2001, 2012-256 or\n"
-            "2012-512 keys) or a GOST PKCS#12 file made by OpenSSL's GOST engine, checks\n"
-            "its MAC and the key against its certificate, and writes the key as PKCS#8\n"
-            "PEM (openssl pkey -engine gost loads it; stdout unless -o) and the\n"
-            "certificates as PEM, the key's own first.\n"
-            "write makes standard GOST PKCS#12 of a key (PKCS#8, container, ...) and its\n"
-            "certificate (PEM may hold the chain): PBES2 with PBKDF2-HMAC-Streebog-512,\n"
-            "GOST 28147-89 CFB (parameter set Z, key meshing), Streebog-512 MAC; open it\n"
-            "with openssl pkcs12 -engine gost.\n"
-            "Passwords: --pass env:VAR | pass:TEXT | file:PATH, --pass-file FILE, or a prompt.\n"
-            "Exit codes: 1 key and certificate differ, 3 wrong password, 4 damaged file,\n"
-            "5 refused (unsupported curve, iteration count above 10,000,000).\n");
-        return sub.empty() ? 2 : 0;
-    }
-    cli::Args a = cli::parse(argc, argv, first + 1,
-                             {"-o", "--pass", "--pass-file", "--cert-out", "--key", "--cert", "--key-pass", "--curve"}, {});
-    if (sub == "read") return read(a);
-    if (sub == "write") return write(a);
-    throw Error("unknown pfx command '" + sub + "' (read, write)", 2);
-}
-
+const cli::Command pfx = {"pfx", "PFX files (CryptoPro CSP, GOST PKCS#12): read, write", "", "", {}, nullptr,
+                          {&pfx_read, &pfx_write}};
 }  // namespace cmd

@@ -74,24 +74,7 @@ void library_to_openssl(Bytes& sig) {
     std::copy(r.begin(), r.end(), sig.begin() + 64);
 }
 
-}  // namespace
-
-namespace cmd {
-
-int keygen(int argc, char** argv, int first) {
-    if (cli::wants_help(argc, argv, first)) {
-        std::printf(
-            "usage: korvex keygen --curve A|B|C|XA|XB|test|512A|512B [--alg ALG] [-o KEY.pem]\n"
-            "                     [--pub PUB]\n\n"
-            "Makes a GOST R 34.10 key pair with the library's generator (seeded from\n"
-            "getrandom) and writes the private key as PKCS#8 PEM (mode 0600; openssl\n"
-            "pkey -engine gost loads it), and the public key alone to PUB (a korvex\n"
-            "key file) if asked. ALG: gost2001 (default on 256-bit curves),\n"
-            "gost2012_256, gost2012_512 (512-bit curves).\n");
-        return 0;
-    }
-    cli::Args a = cli::parse(argc, argv, first, {"--curve", "-o", "--pub", "--alg"}, {});
-    if (!a.pos.empty()) throw Error("unexpected argument " + a.pos[0], 2);
+int keygen_run(const cli::Args& a) {
     cli::Curve c = cli::curve_by_name(a.need("--curve"));
     formats::Gen g = a.has("--alg") ? cli::gen_by_name(a.get("--alg"), c) : cli::gen_for(c, false);
     cli::seed_generator();
@@ -103,26 +86,7 @@ int keygen(int argc, char** argv, int first) {
     return 0;
 }
 
-int sign(int argc, char** argv, int first) {
-    if (cli::wants_help(argc, argv, first)) {
-        std::printf(
-            "usage: korvex sign --key SOURCE [--hash gost94|streebog256] [--hex] [--openssl]\n"
-            "                   [-o SIG] FILE\n\n"
-            "Signs the hash of FILE: GOST R 34.11-94 for GOST R 34.10-2001 keys,\n"
-            "Streebog-256 for 2012 256-bit keys, Streebog-512 on 512-bit curves. The\n"
-            "signature is\n"
-            "written in the library's layout: 64 bytes (s then r, each big-endian, as\n"
-            "RFC 4490) or 128 bytes for 512-bit keys; --hex writes it as hex text.\n"
-            "--openssl writes the layout of OpenSSL's GOST engine instead (s then r,\n"
-            "big-endian; it differs from the library's for 512-bit keys). The key\n"
-            "comes from a PKCS#8 file, a PFX, a container (asks for its password) or\n"
-            "a korvex key file; containers that do not record the curve need --curve\n"
-            "or --cert.\n");
-        return 0;
-    }
-    cli::Args a = cli::parse(argc, argv, first, {"--key", "--hash", "-o", "--pass", "--pass-file", "--curve", "--cert"},
-                             {"--hex", "--openssl"});
-    if (a.pos.size() != 1) throw Error("name one file to sign");
+int sign_run(const cli::Args& a) {
     cli::KeyPair k = cli::load_private_key(a.need("--key"), a);
     if (k.d.empty()) throw Error(a.get("--key") + ": holds no private key");
     Bytes h = file_hash(a.pos[0], k, a.get("--hash"));
@@ -143,18 +107,7 @@ int sign(int argc, char** argv, int first) {
     return 0;
 }
 
-int verify(int argc, char** argv, int first) {
-    if (cli::wants_help(argc, argv, first)) {
-        std::printf(
-            "usage: korvex verify (--key KEY|--pub PUB|--cert CERT) --sig SIG\n"
-            "                     [--hash gost94|streebog256] [--openssl] FILE\n\n"
-            "Checks a signature made by 'korvex sign' (raw or hex), or with --openssl\n"
-            "one in the layout of OpenSSL's GOST engine (openssl dgst -sign). Prints\n"
-            "'valid' and exits 0, or prints 'INVALID' and exits 1.\n");
-        return 0;
-    }
-    cli::Args a = cli::parse(argc, argv, first, {"--key", "--pub", "--cert", "--sig", "--hash"}, {"--openssl"});
-    if (a.pos.size() != 1) throw Error("name one signed file");
+int verify_run(const cli::Args& a) {
     cli::KeyPair k = a.has("--cert") ? key_from_cert(a.get("--cert"))
                                      : cli::read_key(a.has("--key") ? a.get("--key") : a.need("--pub"));
     Bytes sig = cli::hex_or_file(a.need("--sig"), 2 * k.width());
@@ -170,5 +123,56 @@ int verify(int argc, char** argv, int first) {
     std::printf("%s\n", ok == 1 ? "valid" : "INVALID");
     return ok == 1 ? 0 : 1;
 }
+
+const std::vector<cli::Option> kSourceOptions = cli::with_password({
+    {"--key", "SOURCE", "a PKCS#8 file, PFX, container or korvex key file", cli::kRequired},
+    {"--curve", "C", "the key's curve when the source does not record it"},
+    {"--cert", "CERT", "the key's certificate (gives the curve, checks the key)"},
+});
+
+}  // namespace
+
+namespace cmd {
+
+const cli::Command keygen = {
+    "keygen", "make a GOST R 34.10 key pair", "",
+    "Makes a GOST R 34.10 key pair with the library's generator (seeded from\n"
+    "getrandom) and writes the private key as PKCS#8 PEM (mode 0600; openssl\n"
+    "pkey -engine gost loads it), and the public key alone to PUB (a korvex\n"
+    "key file) if asked.\n",
+    {{"--curve", "C", "A, B, C, XA, XB, test (256-bit), 512A or 512B", cli::kRequired},
+     {"--alg", "ALG", "gost2001 (default on 256-bit curves), gost2012_256, gost2012_512 (512-bit curves)"},
+     {"-o", "KEY.pem", "the private key file (default: stdout)"},
+     {"--pub", "PUB", "also write the public key to PUB"}},
+    keygen_run};
+
+const cli::Command sign = {
+    "sign", "raw GOST R 34.10 signature of a file's hash", "FILE",
+    "Signs the hash of FILE: GOST R 34.11-94 for GOST R 34.10-2001 keys,\n"
+    "Streebog-256 for 2012 256-bit keys, Streebog-512 on 512-bit curves. The\n"
+    "signature is written in the library's layout: 64 bytes (s then r, each\n"
+    "big-endian, as RFC 4490) or 128 bytes for 512-bit keys. The key comes from\n"
+    "a PKCS#8 file, a PFX, a container (asks for its password) or a korvex key\n"
+    "file; containers that do not record the curve need --curve or --cert.\n",
+    cli::join(kSourceOptions,
+              {{"--hash", "ALG", "gost94 or streebog256 on 256-bit curves (default: the key's)"},
+               {"--hex", "", "write the signature as hex text"},
+               {"--openssl", "", "OpenSSL's GOST engine layout (s then r, big-endian; differs for 512-bit keys)"},
+               {"-o", "SIG", "the signature file (default: stdout)"}}),
+    sign_run};
+
+const cli::Command verify = {
+    "verify", "check a raw GOST R 34.10 signature", "FILE",
+    "Checks a signature made by 'korvex sign' (raw or hex), or with --openssl\n"
+    "one in the layout of OpenSSL's GOST engine (openssl dgst -sign). Prints\n"
+    "'valid' and exits 0, or prints 'INVALID' and exits 1. The key is one of\n"
+    "--key, --pub or --cert.\n",
+    {{"--key", "KEY", "a key file"},
+     {"--pub", "PUB", "a korvex public key file"},
+     {"--cert", "CERT", "a certificate (PEM or DER)"},
+     {"--sig", "SIG", "the signature: a file (raw or hex) or hex", cli::kRequired},
+     {"--hash", "ALG", "gost94 or streebog256 on 256-bit curves (default: the key's)"},
+     {"--openssl", "", "the signature is in OpenSSL's GOST engine layout"}},
+    verify_run};
 
 }  // namespace cmd

@@ -13,9 +13,7 @@ namespace {
 using cli::Bytes;
 using cli::Error;
 
-int show(int argc, char** argv, int first) {
-    cli::Args a = cli::parse(argc, argv, first, {"--issuer"}, {});
-    if (a.pos.size() != 1) throw Error("name one certificate", 2);
+int show_run(const cli::Args& a) {
     cli::Cert c = cli::read_cert(a.pos[0]);
     std::optional<cli::Cert> issuer;
     if (a.has("--issuer")) issuer = cli::read_cert(a.get("--issuer"));
@@ -49,8 +47,7 @@ int show(int argc, char** argv, int first) {
     return why.empty() ? 0 : 1;
 }
 
-int selfsign(int argc, char** argv, int first) {
-    cli::Args a = cli::parse(argc, argv, first, {"--key", "--subject", "--days", "--serial", "-o"}, {"--der"});
+int selfsign_run(const cli::Args& a) {
     cli::KeyPair k = cli::read_key(a.need("--key"));
     cli::CertRequest req;
     if (a.has("--subject")) req.subject = a.get("--subject");
@@ -63,28 +60,30 @@ int selfsign(int argc, char** argv, int first) {
     return 0;
 }
 
+const cli::Command x509_show = {
+    "show", "print a certificate and check its signature", "CERT",
+    "Prints names, serial, validity, the key and its curve and every extension,\n"
+    "and checks the signature (GOST R 34.10-2001 or -2012) with the --issuer\n"
+    "certificate's key, or its own when it is self-issued (exit 1 when it does\n"
+    "not verify).\n",
+    {{"--issuer", "CERT", "check the signature with this issuer's key"}},
+    show_run};
+
+const cli::Command x509_selfsign = {
+    "selfsign", "make a self-signed certificate for a key", "",
+    "Composes a self-signed GOST R 34.10-2001 certificate (v3, keyUsage and\n"
+    "basic constraints) for a korvex key file, PEM unless --der.\n",
+    {{"--key", "KEY", "the key", cli::kRequired},
+     {"--subject", "DN", "the name, as \"CN=..,O=..,C=RU\""},
+     {"--days", "N", "days of validity"},
+     {"--serial", "HEX", "the serial number"},
+     {"--der", "", "write DER instead of PEM"},
+     {"-o", "OUT", "the certificate file (default: stdout)"}},
+    selfsign_run};
+
 }  // namespace
 
 namespace cmd {
-
-int x509(int argc, char** argv, int first) {
-    std::string sub = first < argc ? argv[first] : "";
-    if (cli::wants_sub_help(sub, argc, argv, first)) {
-        std::printf(
-            "usage: korvex x509 show CERT [--issuer CERT]\n"
-            "       korvex x509 selfsign --key KEY [--subject \"CN=..,O=..,C=RU\"] [--days N]\n"
-            "                            [--serial HEX] [--der] [-o OUT]\n\n"
-            "show prints names, serial, validity, the key and its curve and every\n"
-            "extension, and checks the signature (GOST R 34.10-2001 or -2012) with\n"
-            "the --issuer certificate's key, or its own when it is self-issued (exit 1\n"
-            "when it does not verify). selfsign composes a\n"
-            "self-signed GOST R 34.10-2001 certificate (v3, keyUsage and basic\n"
-            "constraints) for a korvex key file, PEM unless --der.\n");
-        return sub.empty() ? 2 : 0;
-    }
-    if (sub == "show") return show(argc, argv, first + 1);
-    if (sub == "selfsign") return selfsign(argc, argv, first + 1);
-    throw Error("unknown x509 command '" + sub + "' (show, selfsign)");
-}
-
+const cli::Command x509 = {"x509", "show a certificate, make a self-signed one", "", "", {}, nullptr,
+                           {&x509_show, &x509_selfsign}};
 }  // namespace cmd

@@ -101,7 +101,7 @@ Bytes cms_sign(const Bytes& d, int key_sel, const Cert& cert, const CmsSignReque
                     kExitUsage);
     if (key_sel >= 0 && key_sel != cert.key.sel)
         throw Error("the key is on another curve than the certificate's (" + cert.key.curve + ")", kExitUsage);
-    if (public_key_of(g, cert.key.sel, d) != cert.key.q) throw Error("the key does not belong to the certificate", kExitUsage);
+    if (public_key_of(g, cert.key.sel, d) != cert.key.q) throw Error("the key does not belong to the certificate", kExitPassword);
     if (g == Gen::g2001 && cert.key.sel == 1 && cert.version == 3) return library_sign(d, cert, req);
 
     // Built here: GOST R 34.10-2012, and 2001 on other curves or v1 certificates.

@@ -1,28 +1,14 @@
-// The subcommands of the korvex program.
+// The commands of the korvex program, each declared once (options, arguments,
+// help) as a cli::Command in its cmd_*.cpp file; main.cpp lists them.
 #ifndef KORVEX_TOOLS_COMMANDS_H
 #define KORVEX_TOOLS_COMMANDS_H
 
+#include "command.h"
+
 namespace cmd {
 
-// Each takes the whole argv and the index of its first own argument, and
-// returns the process exit code; failures are thrown as cli::Error.
-using Fn = int (*)(int argc, char** argv, int first);
-
-int hash(int argc, char** argv, int first);
-int hmac(int argc, char** argv, int first);
-int enc(int argc, char** argv, int first);
-int dec(int argc, char** argv, int first);
-int keygen(int argc, char** argv, int first);
-int sign(int argc, char** argv, int first);
-int verify(int argc, char** argv, int first);
-int x509(int argc, char** argv, int first);
-int cms(int argc, char** argv, int first);
-int pkcs15(int argc, char** argv, int first);
-int pkcs12(int argc, char** argv, int first);
-int cryptopro(int argc, char** argv, int first);
-int key(int argc, char** argv, int first);
-int pfx(int argc, char** argv, int first);
-int demo(int argc, char** argv, int first);
+extern const cli::Command hash, hmac, enc, dec, keygen, sign, verify, x509, cms, pkcs15, pkcs12, cryptopro, key, pfx,
+    demo;
 
 }  // namespace cmd
 

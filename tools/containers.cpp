@@ -425,7 +425,7 @@ void match_cert(KeyPair& k, const Bytes& cert, bool take_gen) {
     try {
         formats::check_against_cert(to_pkcs8(k), cert);
     } catch (const formats::Error& e) {
-        throw Error(std::string(e.what()) + " (--cert)", kExitUsage);
+        throw Error(std::string(e.what()) + " (--cert)", kExitPassword);
     }
 }
 

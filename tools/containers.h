@@ -61,8 +61,8 @@ void cryptopro_update(const std::string& dir, const std::string& cert_path, cons
 // file, else from --curve or the certificate of --cert; when none says it
 // the program stops. A key read with --cert is checked against it.
 KeyPair load_private_key(const std::string& path, const Args& a);
-// Checks k against the certificate (exit 2 on mismatch: the arguments do
-// not go together); with take_gen, a 256-bit key (from a container that does
+// Checks k against the certificate (exit 3 on mismatch, as cli.h says;
+// curve conflicts exit 2); with take_gen, a 256-bit key (from a container that does
 // not record its generation) takes the certificate's.
 void match_cert(KeyPair& k, const Bytes& cert, bool take_gen);
 

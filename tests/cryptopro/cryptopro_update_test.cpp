@@ -5,6 +5,7 @@
 #include <array>
 
 #include "GOST_28147_89.h"
+#include "GOST_34_10_2001.h"
 #include "common/generator.h"
 #include "cryptopro_fixture.h"
 
