@@ -216,7 +216,7 @@ Cert parse_cert(const Bytes& der) {
 }
 
 Cert read_cert(const std::string& path) {
-    Bytes d = pem_decode(read_text(path), "CERTIFICATE");
+    Bytes d = pem_decode(read_text(path, kSmallFile), "CERTIFICATE");
     try {
         return parse_cert(d);
     } catch (const Error& e) {

@@ -50,7 +50,7 @@ std::string entry(const x509_name_entry& e) { return std::string(reinterpret_cas
 }  // namespace
 
 Bytes load_cert(const std::string& path) {
-    Bytes c = pem_decode(read_text(path), "CERTIFICATE");
+    Bytes c = pem_decode(read_text(path, kSmallFile), "CERTIFICATE");
     if (c.size() < 4 || c[0] != 0x30) throw Error(path + ": not a certificate");
     der::Elem e = der::read(c.data(), c.data() + c.size());  // the outer length must fit the file
     c.resize(e.size());

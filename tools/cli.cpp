@@ -52,14 +52,19 @@ void read_chunks(const std::string& path,
     if (fd) ::close(fd);
 }
 
-Bytes read_file(const std::string& path) {
+Bytes read_file(const std::string& path, size_t max) {
     Bytes out;
-    read_chunks(path, [&](unsigned char* p, size_t n, unsigned long long) { out.insert(out.end(), p, p + n); });
+    read_chunks(path, [&](unsigned char* p, size_t n, unsigned long long total) {
+        if (max && (total > max || out.size() + n > max))
+            throw Error(path + ": too large (more than " + std::to_string(max >> 10) + " KiB) for what it is given as",
+                        kExitInput);
+        out.insert(out.end(), p, p + n);
+    });
     return out;
 }
 
-std::string read_text(const std::string& path) {
-    Bytes b = read_file(path);
+std::string read_text(const std::string& path, size_t max) {
+    Bytes b = read_file(path, max);
     return std::string(b.begin(), b.end());
 }
 

@@ -45,12 +45,17 @@ struct Args {
     std::vector<std::string> all(const std::string& o) const;
 };
 
-Bytes read_file(const std::string& path);          // "-" is stdin
+// "-" is stdin. With max, a larger file is refused (exit 4) before it is
+// read: keys, certificates and containers are small, and a huge file given
+// as one must not fill the memory.
+Bytes read_file(const std::string& path, size_t max = 0);
+constexpr size_t kSmallFile = size_t(1) << 20;  // certificates, keys, containers
+constexpr size_t kBundleFile = size_t(16) << 20;  // certificate bundles
 // Feeds a file ("-" is stdin) to `chunk` piece by piece; `total` is the file's
 // size when it is a regular file, else 0.
 void read_chunks(const std::string& path,
                  const std::function<void(unsigned char* p, size_t n, unsigned long long total)>& chunk);
-std::string read_text(const std::string& path);
+std::string read_text(const std::string& path, size_t max = 0);
 // Writes through a temporary file in the same folder, then renames it over
 // the target, so that a failure never leaves a half-written file; "-" is
 // standard output. Refuses (exit 5) to write over any path listed in

@@ -98,10 +98,10 @@ Bytes cms_sign(const Bytes& d, int key_sel, const Cert& cert, const CmsSignReque
     if (d.size() != key_width(g))
         throw Error("the key does not belong to the certificate: a " + std::to_string(8 * d.size()) +
                         "-bit key for a " + gen_name(g) + " certificate",
-                    5);
+                    kExitUsage);
     if (key_sel >= 0 && key_sel != cert.key.sel)
-        throw Error("the key is on another curve than the certificate's (" + cert.key.curve + ")", 5);
-    if (public_key_of(g, cert.key.sel, d) != cert.key.q) throw Error("the key does not belong to the certificate", 5);
+        throw Error("the key is on another curve than the certificate's (" + cert.key.curve + ")", kExitUsage);
+    if (public_key_of(g, cert.key.sel, d) != cert.key.q) throw Error("the key does not belong to the certificate", kExitPassword);
     if (g == Gen::g2001 && cert.key.sel == 1 && cert.version == 3) return library_sign(d, cert, req);
 
     // Built here: GOST R 34.10-2012, and 2001 on other curves or v1 certificates.
@@ -190,7 +190,7 @@ std::string chain_to_anchor(const Cert& signer, const std::vector<Cert>& pool, c
 }  // namespace
 
 std::vector<Cert> read_cert_bundle(const std::string& path) {
-    std::string text = read_text(path);
+    std::string text = read_text(path, kBundleFile);
     std::vector<Cert> out;
     const std::string begin = "-----BEGIN CERTIFICATE-----";
     for (size_t at = text.find(begin); at != std::string::npos; at = text.find(begin, at + 1))

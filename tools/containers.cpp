@@ -89,7 +89,7 @@ void require_der(const Bytes& b, const std::string& what, bool exact) {
 
 Kind kind_of(const std::string& path) {
     if (is_dir(path)) return file_exists(path + "/primary.key") ? Kind::cryptopro : Kind::unknown;
-    Bytes b = read_file(path);
+    Bytes b = read_file(path, kSmallFile);
     if (b.empty()) return Kind::unknown;
     if (formats::pkcs8_detect(b)) return Kind::pkcs8;
     if (formats::pfx_detect(b)) return Kind::pfx;
@@ -151,6 +151,10 @@ KeyPair pkcs15_read(Bytes& c, const std::string& pw, const Curve* curve) {
         unsigned r = pkcs15_get_key(c.data(), reinterpret_cast<type_uN<32>*>(k.d.data()), pw_ptr(pw), pw_len(pw));
         if (r == 32) throw Error("wrong password", 3);
         if (r != 0) throw Error("damaged PKCS#15 container (code " + std::to_string(r) + ")", 4);
+        if (!pkcs15_2001_sealed(c, pw)) {
+            wipe(k.d);
+            throw Error("damaged PKCS#15 container (its digest or MAC does not match)", 4);
+        }
         if (!curve) no_curve("a PKCS#15 container");
         k.curve = *curve;
         if (k.curve.is512) throw Error("a 2001 container holds a 256-bit key, not one on " + k.curve.name, 2);
@@ -196,6 +200,13 @@ void pkcs15_renew(Bytes& c, const std::string& pw) {
     require_der(c, "PKCS#15 container", true);
     seed_generator();
     unsigned v = pkcs15_get_version(c.data());
+    if (v == 1) {
+        // The 2001 update re-seals whatever it finds: check password and seal first.
+        unsigned r = pkcs15_get_key(c.data(), nullptr, pw_ptr(pw), pw_len(pw));
+        if (r == 32) throw Error("wrong password", 3);
+        if (r != 0 || !pkcs15_2001_sealed(c, pw))
+            throw Error("damaged PKCS#15 container (its digest or MAC does not match)", 4);
+    }
     unsigned r = v == 2 ? pkcs15_update_2012(c.data(), pw_ptr(pw), pw_len(pw))
                  : v == 1 ? pkcs15_update(c.data(), pw_ptr(pw), pw_len(pw))
                           : 30;
@@ -261,7 +272,7 @@ CryptoProKey cryptopro_read(const std::string& dir, const std::string& cert_path
     if (!cert_path.empty()) {
         out.cert = load_cert(cert_path);
     } else {
-        Bytes header = read_file(dir + "/header.key");
+        Bytes header = read_file(dir + "/header.key", kSmallFile);
         require_der(header, dir + "/header.key", false);
         unsigned char* c = CryptoPro_conteiner_get_certificate(header.data());
         if (!c) throw Error(dir + "/header.key: no certificate found (damaged?); name one with --cert", 4);
@@ -274,7 +285,7 @@ CryptoProKey cryptopro_read(const std::string& dir, const std::string& cert_path
     if (curve.is512) throw Error("this reader opens containers of 256-bit keys", 5);
     int last = -1;
     for (const KeyFiles& f : key_files(dir)) {
-        Bytes primary = read_file(f.primary), masks = read_file(f.masks), mask_block(40);
+        Bytes primary = read_file(f.primary, kSmallFile), masks = read_file(f.masks, kSmallFile), mask_block(40);
         check_key_files(f, primary, masks);
         KeyPair k{};
         k.d.assign(32, 0);
@@ -285,6 +296,7 @@ CryptoProKey cryptopro_read(const std::string& dir, const std::string& cert_path
             k.curve = curve;
             k.gen = ck.gen;
             k.q = public_of(k.curve, k.d);
+            if (k.q != ck.q) throw Error(dir + ": the key does not belong to the container's certificate", 4);
             out.key = k;
             out.which = f.which;
             return out;
@@ -346,7 +358,7 @@ void cryptopro_update(const std::string& dir, const std::string& cert_path, cons
     seed_generator();
     std::vector<std::pair<KeyFiles, std::pair<Bytes, Bytes>>> out;
     for (const KeyFiles& f : key_files(dir)) {
-        Bytes primary = read_file(f.primary), masks = read_file(f.masks);
+        Bytes primary = read_file(f.primary, kSmallFile), masks = read_file(f.masks, kSmallFile);
         check_key_files(f, primary, masks);
         unsigned char r = CryptoPro_conteiner_update(primary.data(), masks.data(), pw_ptr(pw), pw_len(pw));
         if (r != 0) throw Error(f.which + ".key: update failed (code " + std::to_string(r) + ")", 4);
@@ -377,7 +389,7 @@ KeyPair load_private_key(const std::string& path, const Args& a) {
         case Kind::keyfile:
         case Kind::pkcs8: k = read_key(path); break;
         case Kind::pfx: {
-            Bytes f = read_file(path);
+            Bytes f = read_file(path, kSmallFile);
             std::string pw = password(a, "Password for " + path + ": ");
             formats::Pfx p = formats::pfx_read(f, pw);
             wipe(pw);
@@ -386,7 +398,7 @@ KeyPair load_private_key(const std::string& path, const Args& a) {
         }
         case Kind::pkcs15:
         case Kind::pkcs12: {
-            Bytes c = read_file(path);
+            Bytes c = read_file(path, kSmallFile);
             std::string pw = password(a, "Password for " + path + ": ");
             k = kind == Kind::pkcs15 ? pkcs15_read(c, pw, cp) : pkcs12_read(c, pw, cp);
             wipe(pw);
@@ -413,7 +425,7 @@ void match_cert(KeyPair& k, const Bytes& cert, bool take_gen) {
     try {
         formats::check_against_cert(to_pkcs8(k), cert);
     } catch (const formats::Error& e) {
-        throw Error(std::string(e.what()) + " (--cert)", 1);
+        throw Error(std::string(e.what()) + " (--cert)", kExitPassword);
     }
 }
 

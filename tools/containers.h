@@ -22,6 +22,10 @@ const char* kind_name(Kind k);
 // 2012-256 keys go into the 2012 generation).
 Bytes pkcs15_make(const KeyPair& k, const std::string& pw, bool gen2012, unsigned short usage);
 KeyPair pkcs15_read(Bytes& container, const std::string& pw, const Curve* curve);
+// True when a 2001 container's AuthenticatedData seal holds under the
+// password: the digest of the token and the HMAC of its attributes. The
+// library's 2001 reader does not check them.
+bool pkcs15_2001_sealed(const Bytes& container, const std::string& pw);
 // Fresh salts, IVs and keys around the same private key, in place.
 void pkcs15_renew(Bytes& container, const std::string& pw);
 
@@ -57,9 +61,9 @@ void cryptopro_update(const std::string& dir, const std::string& cert_path, cons
 // file, else from --curve or the certificate of --cert; when none says it
 // the program stops. A key read with --cert is checked against it.
 KeyPair load_private_key(const std::string& path, const Args& a);
-// Checks k against the certificate (exit 1 on mismatch); with take_gen, a
-// 256-bit key (from a container that does not record its generation) takes
-// the certificate's.
+// Checks k against the certificate (exit 3 on mismatch, as cli.h says;
+// curve conflicts exit 2); with take_gen, a 256-bit key (from a container that does
+// not record its generation) takes the certificate's.
 void match_cert(KeyPair& k, const Bytes& cert, bool take_gen);
 
 }  // namespace cli

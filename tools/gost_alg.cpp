@@ -171,7 +171,8 @@ bool verify_digest(const GostKey& k, const Bytes& digest, const Bytes& sig_in) {
 
 Bytes public_key_of(Gen g, unsigned char sel, const Bytes& d) {
     Bytes k = d, q(2 * key_width(g));
-    if (k.size() != key_width(g)) throw Error("the private key has the wrong size for a " + std::string(gen_name(g)) + " key", 5);
+    if (k.size() != key_width(g))
+        throw Error("the private key has the wrong size for a " + std::string(gen_name(g)) + " key", kExitUsage);
     if (g == Gen::g2012_512) GOST_34_10_2012_512_gen_open_key(u<64>(k), u<128>(q), sel);
     else GOST_34_10_2001_gen_open_key(u<32>(k), u<64>(q), sel);
     wipe(k);

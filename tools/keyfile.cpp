@@ -45,7 +45,7 @@ std::string private_pem(const KeyPair& k) {
 }
 
 KeyPair read_key(const std::string& path) {
-    Bytes file = read_file(path);
+    Bytes file = read_file(path, kSmallFile);
     if (formats::pkcs8_detect(file)) {
         formats::PrivateKey p = formats::pkcs8_load(file);
         wipe(file);
@@ -70,7 +70,11 @@ KeyPair read_key(const std::string& path) {
     k.curve = curve_by_name(curve);
     k.gen = alg.empty() ? gen_for(k.curve, false) : gen_by_name(alg, k.curve);
     if (!k.d.empty() && k.d.size() != k.width()) throw Error(path + ": private key of wrong length", 4);
-    if (k.q.empty() && !k.d.empty()) k.q = public_of(k.curve, k.d);
+    if (!k.d.empty()) {
+        Bytes q = public_of(k.curve, k.d);
+        if (!k.q.empty() && k.q != q) throw Error(path + ": the public key does not belong to the private key", 4);
+        k.q = q;
+    }
     if (k.q.size() != 2 * k.width()) throw Error(path + ": public key of wrong length", 4);
     return k;
 }

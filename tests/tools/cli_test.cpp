@@ -346,6 +346,13 @@ TEST_F(Cli, Pkcs15ContainersBothGenerations) {
         std::string c = read("c.p15");
         write("trunc.p15", c.substr(0, c.size() / 2));
         EXPECT_NE(korvex("pkcs15 read trunc.p15 " + std::string(kPass)).code, 0);
+        // A flipped bit in the key object (IV, enciphered key) or the seal: refused, never another key.
+        ASSERT_EQ(korvex("pkcs15 read c.p15 --curve A --force -o ref.key " + std::string(kPass)).code, 0);
+        for (size_t at = c.size() - 260; at < c.size() - 112; at += 3) {
+            write("flip.p15", c.substr(0, at) + char(c[at] ^ 1) + c.substr(at + 1));
+            Result f = korvex("pkcs15 read flip.p15 --curve A --force -o flip.key " + std::string(kPass));
+            EXPECT_TRUE(f.code == 3 || f.code == 4 || (f.code == 0 && read("flip.key") == read("ref.key"))) << gen << at;
+        }
     }
     ASSERT_EQ(korvex("keygen --curve 512A -o k512").code, 0);
     ASSERT_EQ(korvex("pkcs15 create --key k512 -o c512.p15 " + std::string(kPass)).code, 0);
@@ -362,6 +369,22 @@ TEST_F(Cli, Pkcs15ContainersBothGenerations) {
     ASSERT_EQ(korvex("pkcs15 create --key kb -o cb.p15 " + std::string(kPass)).code, 0);
     ASSERT_EQ(korvex("sign --key cb.p15 --cert kb.crt -o s doc " + std::string(kPass)).code, 0);
     EXPECT_EQ(korvex("verify --cert kb.crt --sig s doc").code, 0);
+    // A key that is not the certificate's: exit 3 everywhere; on another curve, 2.
+    ASSERT_EQ(korvex("keygen --curve A -o other --pub other.pub").code, 0);
+    for (std::string c : {"cms sign --key other --cert id.crt -o m doc", "sign --key other --cert id.crt -o m doc",
+                          "pfx write --key other --cert id.crt --pass pass:x -o m", "cms sign --key kb --cert id.crt -o m doc"})
+        EXPECT_EQ(korvex(c).code, c.find("kb") == std::string::npos ? 3 : 2) << c;
+    // A key file whose public key is another key's is damaged.
+    std::string d = "$(sed '1d;$d' id.key | base64 -d | tail -c 32 | od -An -tx1 | tr -d ' \\n')";
+    for (auto [pub, code] : {std::pair{"id.pub", 0}, std::pair{"other.pub", 4}}) {
+        sh("{ echo 'curve = A'; echo private = " + d + "; grep public " + pub + "; } > mixed.key; :");
+        Result m = korvex("sign --key mixed.key -o s --force doc");
+        EXPECT_EQ(m.code, code) << pub << m.err << read("mixed.key");
+    }
+    sh("head -c 2000000 /dev/zero > big.crt; :");
+    Result big = korvex("cms sign --key id.key --cert big.crt -o m doc");
+    EXPECT_EQ(big.code, 4);
+    EXPECT_NE(big.err.find("too large"), std::string::npos) << big.err;
 }
 
 TEST_F(Cli, Pkcs12Containers) {

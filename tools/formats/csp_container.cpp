@@ -236,7 +236,7 @@ CspKey csp_read(const std::string& dir, const std::string& pw, const Bytes& cert
             check_against_cert(out.key, out.cert);
         } catch (const Error& e) {
             if (cert.empty()) throw Error(dir + "/header.key: its certificate is not the key's (" + e.what() + ")");
-            throw Error(std::string(e.what()) + " (--cert)", kInvalid);
+            throw Error(std::string(e.what()) + " (--cert)", kWrongPassword);
         }
     }
     return out;

@@ -13,7 +13,7 @@ namespace formats {
 
 using Bytes = std::vector<unsigned char>;
 
-enum Exit { kInvalid = 1, kWrongPassword = 3, kDamaged = 4, kRefused = 5 };
+enum Exit { kInvalid = 1, kUsage = 2, kWrongPassword = 3, kDamaged = 4, kRefused = 5 };
 
 struct Error : std::runtime_error {
     int code;

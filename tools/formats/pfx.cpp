@@ -243,7 +243,7 @@ Pfx pfx_read(const Bytes& f, const std::string& pw) {
             break;
         }
     }
-    if (out.certs.empty()) throw Error("the private key matches no certificate in the PFX", kInvalid);
+    if (out.certs.empty()) throw Error("the private key matches no certificate in the PFX", kDamaged);
     out.certs.insert(out.certs.end(), r.certs.begin(), r.certs.end());
     return out;
 }
@@ -251,7 +251,7 @@ Pfx pfx_read(const Bytes& f, const std::string& pw) {
 // --- writing ---------------------------------------------------------------
 
 Bytes pfx_write(const PrivateKey& key, const std::vector<Bytes>& certs, const std::string& pw) {
-    if (certs.empty()) throw Error("a certificate is needed", kInvalid);
+    if (certs.empty()) throw Error("a certificate is needed", kUsage);
     check_against_cert(key, certs[0]);
     std::vector<Own<X509, X509_free>> xs;
     for (const Bytes& c : certs) {

@@ -240,7 +240,7 @@ void check_against_cert(const PrivateKey& k, const Bytes& cert) {
     CertKey ck = cert_key(cert);
     const CurveInfo &a = k.curve(), &b = curve_by_oid(ck.curve_oid);
     if (a.is512 != b.is512 || a.sel != b.sel || public_key(k) != ck.q)
-        throw Error("the private key does not match the certificate's public key", kInvalid);
+        throw Error("the private key does not match the certificate's public key", kWrongPassword);
 }
 
 std::string pem_encode(const char* label, const Bytes& der) {

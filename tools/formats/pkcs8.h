@@ -66,7 +66,8 @@ struct CertKey {
     Bytes q;  // x then y, little-endian
 };
 CertKey cert_key(const Bytes& cert_der);
-// Throws (exit 1) unless k's public key is the certificate's.
+// Throws (exit 3: the key is not the certificate's) unless k's public key is the
+// certificate's.
 void check_against_cert(const PrivateKey& k, const Bytes& cert_der);
 
 // PEM armour through libcrypto.
