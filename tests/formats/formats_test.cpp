@@ -55,7 +55,7 @@ TEST(Pkcs8, RealKeysRoundTripAndMatchTheirCertificates) {
         formats::Secret pem = formats::pkcs8_pem(k);
         EXPECT_EQ(std::string(pem.begin(), pem.end()), std::string(file.begin(), file.end()));
         const char* other = r.gen == formats::Gen::gost2001 ? "g2012256.cert.pem" : "g2001.cert.pem";
-        EXPECT_EQ(code_of([&] { formats::check_against_cert(k, first_cert(other)); }), 1);
+        EXPECT_EQ(code_of([&] { formats::check_against_cert(k, first_cert(other)); }), 3);
     }
 }
 
@@ -137,7 +137,7 @@ TEST(Pfx, WritesWhatItReads) {
         EXPECT_EQ(back.key.curve_oid, k.curve_oid);
         EXPECT_EQ(code_of([&] { formats::pfx_read(pfx, "pW"); }), 3);
         EXPECT_EQ(code_of([&] { formats::pfx_write(k, {first_cert("g2012512.cert.pem")}, "pw"); }),
-                  r.gen == formats::Gen::gost2012_512 ? 0 : 1);
+                  r.gen == formats::Gen::gost2012_512 ? 0 : 3);
     }
 }
 
