@@ -80,8 +80,8 @@ const cli::Command pfx_read = {
     "2012-512 keys) or a GOST PKCS#12 file made by OpenSSL's GOST engine, checks\n"
     "its MAC and the key against its certificate, and writes the key as PKCS#8\n"
     "PEM (openssl pkey -engine gost loads it; stdout unless -o) and the\n"
-    "certificates as PEM, the key's own first. Exit 1 when the key and the\n"
-    "certificate differ; 5 for an unsupported curve or an iteration count\n"
+    "certificates as PEM, the key's own first. Exit 4 when the key matches no\n"
+    "certificate in the file; 5 for an unsupported curve or an iteration count\n"
     "above 10,000,000.\n",
     cli::with_password({{"-o", "KEY.pem", "the key file (default: stdout)"},
                         {"--cert-out", "CERTS.pem", "write the certificates here"}}),
