@@ -48,11 +48,21 @@ int show_run(const cli::Args& a) {
 }
 
 int selfsign_run(const cli::Args& a) {
-    cli::KeyPair k = cli::read_key(a.need("--key"));
     cli::CertRequest req;
     if (a.has("--subject")) req.subject = a.get("--subject");
-    if (a.has("--days")) req.days = std::stol(a.get("--days"));
+    if (a.has("--days")) {
+        const std::string d = a.get("--days");
+        size_t used = 0;
+        try {
+            req.days = std::stol(d, &used);
+        } catch (const std::exception&) {
+            used = 0;
+        }
+        if (used == 0 || used != d.size() || req.days <= 0 || req.days > 36500)
+            throw Error("--days: '" + d + "' is not a whole number of days from 1 to 36500", cli::kExitUsage);
+    }
     if (a.has("--serial")) req.serial = cli::from_hex(a.get("--serial"));
+    cli::KeyPair k = cli::read_key(a.need("--key"));
     cli::seed_generator();
     Bytes cert = cli::self_signed(k, req);
     if (a.has("--der")) cli::write_file(a.get("-o", "-"), cert, {a.get("--key")});

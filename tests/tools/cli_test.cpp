@@ -94,7 +94,8 @@ TEST_F(Cli, EveryCommandHasHelp) {
     EXPECT_EQ(korvex("--version").out.rfind("korvex 0.", 0), 0u);
     // Usage errors: nothing on stdout, one line (or the usage) on stderr, exit 2.
     for (const char* bad : {"frobnicate", "", "cms", "cms frob x", "hash --bogus", "sign --hex x",
-                            "x509 show", "x509 show a b", "pfx write --key k --cert c"}) {
+                            "x509 show", "x509 show a b", "pfx write --key k --cert c",
+                            "x509 selfsign --key k --days 3x"}) {
         Result r = korvex(bad);
         EXPECT_EQ(r.code, 2) << bad;
         EXPECT_EQ(r.out, "") << bad;
