@@ -50,8 +50,8 @@ struct Ec256 {
     static constexpr unsigned kAddSub = 24, kMod = 48, kPoint = 32, kSum = 4;
     static constexpr int sets[] = {0, 1, 2, 3};
     // The published parameter sets (RFC 4357, GOST R 34.10-2001 example), by selector.
-    static Curve<V> curve(int set) {
-        switch (set) {
+    static Curve<V> curve(int which) {
+        switch (which) {
             case 1:
                 return {be<V>("FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFD97"),
                         be<V>("FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFD94"),
@@ -75,20 +75,27 @@ struct Ec256 {
     }
     static V* zero() { return zero_256_bit_ptr; }
     static V* one() { return one_256_bit_ptr; }
-    static constexpr auto add = GOST_34_10_2001_add_256_bit, sub = GOST_34_10_2001_sub_256_bit;
-    static constexpr auto shl = GOST_34_10_2001_shl_256_bit, shr = GOST_34_10_2001_shr_256_bit;
+    static constexpr auto add = GOST_34_10_2001_add_256_bit;
+    static constexpr auto sub = GOST_34_10_2001_sub_256_bit;
+    static constexpr auto shl = GOST_34_10_2001_shl_256_bit;
+    static constexpr auto shr = GOST_34_10_2001_shr_256_bit;
     static constexpr auto set = GOST_34_10_2001_set_256_bit;
     static constexpr auto cmp = GOST_34_10_2001_comparison_256_bit;
     static constexpr auto cmp0 = GOST_34_10_2001_comparison_256_bit_zero;
     static constexpr auto cmp1 = GOST_34_10_2001_comparison_256_bit_one;
-    static constexpr auto addm = GOST_34_10_2001_add_mod_p_256_bit, subm = GOST_34_10_2001_sub_mod_p_256_bit;
-    static constexpr auto mulm = GOST_34_10_2001_mul_mod_p_256_bit, divm = GOST_34_10_2001_div_mod_p_256_bit;
+    static constexpr auto addm = GOST_34_10_2001_add_mod_p_256_bit;
+    static constexpr auto subm = GOST_34_10_2001_sub_mod_p_256_bit;
+    static constexpr auto mulm = GOST_34_10_2001_mul_mod_p_256_bit;
+    static constexpr auto divm = GOST_34_10_2001_div_mod_p_256_bit;
     static constexpr auto modp = GOST_34_10_2001_mod_p_256_bit;
-    static constexpr auto dbl = GOST_34_10_2001_mul_2_EP, padd = GOST_34_10_2001_add_EP;
+    static constexpr auto dbl = GOST_34_10_2001_mul_2_EP;
+    static constexpr auto padd = GOST_34_10_2001_add_EP;
     static constexpr auto mulk = GOST_34_10_2001_mul_k_EP;
     using Sig = type_uN<64>;
-    static constexpr auto genkp = GOST_34_10_2001_gen_key_pair, open = GOST_34_10_2001_gen_open_key;
-    static constexpr auto sign = GOST_34_10_2001_create_DS, verify = GOST_34_10_2001_check_DS;
+    static constexpr auto genkp = GOST_34_10_2001_gen_key_pair;
+    static constexpr auto open = GOST_34_10_2001_gen_open_key;
+    static constexpr auto sign = GOST_34_10_2001_create_DS;
+    static constexpr auto verify = GOST_34_10_2001_check_DS;
     static constexpr auto rotate = GOST_34_10_2001_rotate_DS_RFC4490;
 };
 
@@ -103,20 +110,27 @@ struct Ec512 {
     static Curve<V> curve(int s) { auto c = ec2012::curve(s); return {c.p, c.a, c.q, c.x, c.y}; }
     static V* zero() { return zero_512_bit_ptr; }
     static V* one() { return one_512_bit_ptr; }
-    static constexpr auto add = GOST_34_10_2012_add_512_bit, sub = GOST_34_10_2012_sub_512_bit;
-    static constexpr auto shl = GOST_34_10_2012_shl_512_bit, shr = GOST_34_10_2012_shr_512_bit;
+    static constexpr auto add = GOST_34_10_2012_add_512_bit;
+    static constexpr auto sub = GOST_34_10_2012_sub_512_bit;
+    static constexpr auto shl = GOST_34_10_2012_shl_512_bit;
+    static constexpr auto shr = GOST_34_10_2012_shr_512_bit;
     static constexpr auto set = GOST_34_10_2012_set_512_bit;
     static constexpr auto cmp = GOST_34_10_2012_comparison_512_bit;
     static constexpr auto cmp0 = GOST_34_10_2012_comparison_512_bit_zero;
     static constexpr auto cmp1 = GOST_34_10_2012_comparison_512_bit_one;
-    static constexpr auto addm = GOST_34_10_2012_add_mod_p_512_bit, subm = GOST_34_10_2012_sub_mod_p_512_bit;
-    static constexpr auto mulm = GOST_34_10_2012_mul_mod_p_512_bit, divm = GOST_34_10_2012_div_mod_p_512_bit;
+    static constexpr auto addm = GOST_34_10_2012_add_mod_p_512_bit;
+    static constexpr auto subm = GOST_34_10_2012_sub_mod_p_512_bit;
+    static constexpr auto mulm = GOST_34_10_2012_mul_mod_p_512_bit;
+    static constexpr auto divm = GOST_34_10_2012_div_mod_p_512_bit;
     static constexpr auto modp = GOST_34_10_2012_mod_p_512_bit;
-    static constexpr auto dbl = GOST_34_10_2012_mul_2_EP_test, padd = GOST_34_10_2012_add_EP_test;
+    static constexpr auto dbl = GOST_34_10_2012_mul_2_EP_test;
+    static constexpr auto padd = GOST_34_10_2012_add_EP_test;
     static constexpr auto mulk = GOST_34_10_2012_mul_k_EP_test;
     using Sig = type_uN<128>;
-    static constexpr auto genkp = GOST_34_10_2012_512_gen_key_pair, open = GOST_34_10_2012_512_gen_open_key;
-    static constexpr auto sign = GOST_34_10_2012_create_DS_512_bit, verify = GOST_34_10_2012_check_DS_512_bit;
+    static constexpr auto genkp = GOST_34_10_2012_512_gen_key_pair;
+    static constexpr auto open = GOST_34_10_2012_512_gen_open_key;
+    static constexpr auto sign = GOST_34_10_2012_create_DS_512_bit;
+    static constexpr auto verify = GOST_34_10_2012_check_DS_512_bit;
     static constexpr auto rotate = GOST_34_10_2012_rotate_DS_TC26;
 };
 
